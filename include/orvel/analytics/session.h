@@ -90,15 +90,15 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     Orvel::Analytics::Emitters::AnalyticsResult SendEvents();
 
     /// Sets the session's start.
-    /// @param startTime seconds since 1970-01-01 00:00 UTC, not later than now.
+    /// @param time seconds since 1970-01-01 00:00 UTC, not later than now.
     /// @return `Success`, or `StartTimeInFuture`, and nothing changes.
-    Orvel::Analytics::Emitters::AnalyticsResult SetStartTime(std::int64_t startTime);
+    Orvel::Analytics::Emitters::AnalyticsResult SetStartTime(std::int64_t time);
 
     /// Sets the session's end.
-    /// @param endTime seconds since 1970-01-01 00:00 UTC, not before the start. The difference is
+    /// @param time seconds since 1970-01-01 00:00 UTC, not before the start. The difference is
     ///     taken on 32 bits: an end 2^31 seconds or more after the start counts as before it.
     /// @return `Success`, or `EndTimeBeforeStartTime`, and nothing changes.
-    Orvel::Analytics::Emitters::AnalyticsResult SetEndTime(std::int64_t endTime);
+    Orvel::Analytics::Emitters::AnalyticsResult SetEndTime(std::int64_t time);
 
   private:
     friend struct Orvel::Analytics::Session::SessionAccess;
