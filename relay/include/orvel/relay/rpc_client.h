@@ -25,12 +25,18 @@ inline constexpr std::int32_t kSuccess = 0;
 inline constexpr std::int32_t kAccessDenied = 5;
 /// The server gave no answer within the deadline (ERROR_TIMEOUT).
 inline constexpr std::int32_t kTimeout = 1460;
+/// This process has no descriptor or memory left for a connection (RPC_S_OUT_OF_RESOURCES).
+inline constexpr std::int32_t kOutOfResources = 1721;
 /// Nothing is at the endpoint, or nobody listens there (RPC_S_SERVER_UNAVAILABLE).
 inline constexpr std::int32_t kServerUnavailable = 1722;
+/// The server has as many connections as it serves at a time (RPC_S_SERVER_TOO_BUSY).
+inline constexpr std::int32_t kServerTooBusy = 1723;
 /// The connection was lost, or was not open (RPC_S_CALL_FAILED).
 inline constexpr std::int32_t kConnectionLost = 1726;
 /// The other side sent what is no frame of this protocol (RPC_S_PROTOCOL_ERROR).
 inline constexpr std::int32_t kProtocolError = 1728;
+/// A text is longer than what may be sent (RPC_S_STRING_TOO_LONG).
+inline constexpr std::int32_t kTextTooLong = 1743;
 
 }  // namespace Status
 
@@ -39,15 +45,21 @@ namespace Client::Core {
 /// One client of one endpoint. It holds at most one connection.
 ///
 /// Threads: a client is used by one thread at a time; different clients are independent. Every
-/// operation blocks the calling thread, for no longer than its deadline. No operation starts a
-/// thread, prints, or raises a signal.
+/// operation blocks the calling thread, for no longer than its deadlines: 2 seconds to connect, 10
+/// without a byte moving, 60 in all. The 60 seconds begin anew whenever the server says that it is
+/// still working, for an hour at the most. No operation starts a thread, prints, raises a signal or
+/// changes `errno`.
+///
+/// A process that forks while a connection is open uses it, and closes it, on one side only; a
+/// program that it executes does not have it.
 class RpcClient {
   public:
     /// Closes the connection if one is open.
     virtual ~RpcClient() = default;
 
     /// Connects to the endpoint's server and greets it.
-    /// @param argument handed to the server as it is; the analytics service expects an empty text.
+    /// @param argument handed to the server as it is, at most 4,096 code units; the analytics
+    ///     service expects an empty text.
     /// @return 0, or a status. After a failure nothing is open, and the operation can be tried
     ///     again. Opening an open connection closes the earlier one first.
     virtual std::int32_t OpenConnection(WideString argument) = 0;
@@ -57,9 +69,11 @@ class RpcClient {
     /// @param argument a number handed on with the command; the analytics service expects 0.
     /// @param command the text of the command, at most as long as the server announced.
     /// @param reply overwritten with the server's reply on success, and untouched otherwise.
-    /// @return 0 when the command was delivered and the reply written, otherwise a status: the
-    ///     server's own when it refused the command (the connection then stays open), or one of
-    ///     this library's (the connection is then closed).
+    /// @return 0 when the command was delivered and the reply written, otherwise a status. The
+    ///     connection stays open when the server refused the command with a status of its own, and
+    ///     after `Status::kTextTooLong`, for which nothing was sent. After any other status it is
+    ///     closed, and so it is when the server refused a command before it had taken all of it.
+    ///     `Status::kConnectionLost` is also the status when no connection is open.
     virtual std::int32_t ExecuteCommand(WideString target, std::uint32_t argument,
                                         WideString command, WideString& reply) = 0;
 

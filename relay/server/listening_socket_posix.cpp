@@ -1,0 +1,141 @@
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "relay/server/listening_socket.h"
+
+namespace Orvel::Relay::Server {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void fail(int error, const std::string& what) {
+    throw std::system_error(error, std::generic_category(), what);
+}
+
+sockaddr_un addressOf(const fs::path& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.native().size() >= sizeof address.sun_path) {
+        fail(ENAMETOOLONG, "the path of the socket is too long: " + path.native());
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.native().size());
+    return address;
+}
+
+const sockaddr* generic(const sockaddr_un& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+Descriptor newSocket() {
+    Descriptor made(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (made.get() < 0) {
+        fail(errno, "cannot make a socket");
+    }
+    return made;
+}
+
+// A service of the machine is for all its users, one that a user runs for that user.
+void makeFolder(const fs::path& folder) {
+    if (folder.empty() || fs::is_directory(folder)) {
+        return;
+    }
+    if (folder.has_parent_path()) {
+        makeFolder(folder.parent_path());
+    }
+    const mode_t mode = ::geteuid() == 0 ? 0755 : 0700;
+    if (::mkdir(folder.c_str(), mode) == 0) {
+        // The mask of the process may have taken away what the folder needs.
+        ::chmod(folder.c_str(), mode);
+    } else if (errno != EEXIST) {
+        fail(errno, "cannot make the folder " + folder.native());
+    }
+}
+
+// Two servers that start at once find the same dead socket; only the holder of the lock may remove
+// it. The file stays when the server ends: removing it would let two hold a lock of the same name.
+Descriptor lockBeside(const fs::path& path) {
+    const std::string name = path.native() + ".lock";
+    Descriptor lock(::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (lock.get() < 0) {
+        fail(errno, "cannot open " + name);
+    }
+    if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        fail(errno == EWOULDBLOCK ? EADDRINUSE : errno, "cannot lock " + name);
+    }
+    return lock;
+}
+
+// Removes what a dead server left, and nothing else.
+void removeDeadSocket(const fs::path& path, const sockaddr_un& address) {
+    struct stat found {};
+    if (::lstat(path.c_str(), &found) != 0) {
+        if (errno == ENOENT) {
+            return;
+        }
+        fail(errno, "cannot look at " + path.native());
+    }
+    if (!S_ISSOCK(found.st_mode)) {
+        fail(ENOTSOCK, "another file is in the socket's place: " + path.native());
+    }
+    // Somebody who does not know of the lock may listen there.
+    const Descriptor probe = newSocket();
+    if (::connect(probe.get(), generic(address), sizeof address) == 0 || errno == EAGAIN) {
+        fail(EADDRINUSE, "a server is running at " + path.native());
+    }
+    if (errno != ECONNREFUSED) {
+        fail(errno, "cannot tell whether a server is running at " + path.native());
+    }
+    if (::unlink(path.c_str()) != 0) {
+        fail(errno, "cannot remove the socket of a dead server: " + path.native());
+    }
+}
+
+}  // namespace
+
+ListeningSocket::ListeningSocket(fs::path path, std::uint32_t mode) : path_(std::move(path)) {
+    const sockaddr_un address = addressOf(path_);
+    makeFolder(path_.parent_path());
+    lock_ = lockBeside(path_);
+    removeDeadSocket(path_, address);
+    socket_ = newSocket();
+    if (::bind(socket_.get(), generic(address), sizeof address) != 0) {
+        fail(errno, "cannot make the socket " + path_.native());
+    }
+    bound_ = true;
+    try {
+        listenAt(mode);
+    } catch (...) {
+        removeFile();
+        throw;
+    }
+}
+
+ListeningSocket::~ListeningSocket() { removeFile(); }
+
+// The mode first: nobody can connect before the socket listens.
+void ListeningSocket::listenAt(std::uint32_t mode) {
+    if (::chmod(path_.c_str(), static_cast<mode_t>(mode)) != 0) {
+        fail(errno, "cannot set the mode of " + path_.native());
+    }
+    if (::listen(socket_.get(), SOMAXCONN) != 0) {
+        fail(errno, "cannot listen at " + path_.native());
+    }
+}
+
+void ListeningSocket::removeFile() noexcept {
+    if (std::exchange(bound_, false)) {
+        ::unlink(path_.c_str());
+    }
+}
+
+}  // namespace Orvel::Relay::Server
