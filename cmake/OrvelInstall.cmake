@@ -1,0 +1,30 @@
+# What `cmake --install` lays down: the two libraries with their headers, the package that
+# find_package(OrvelAnalytics) finds, and the programs.
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OrvelAnalytics)
+
+install(TARGETS orvel-analytics orvel-rpc-client EXPORT OrvelAnalyticsTargets)
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(
+  DIRECTORY relay/include/
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  PATTERN server.h EXCLUDE)
+
+foreach(program orvel-analyticsd orvel-tool)
+  if(TARGET ${program})
+    install(TARGETS ${program})
+  endif()
+endforeach()
+
+install(
+  EXPORT OrvelAnalyticsTargets
+  NAMESPACE Orvel::
+  DESTINATION ${package_dir})
+configure_package_config_file(
+  cmake/OrvelAnalyticsConfig.cmake.in ${PROJECT_BINARY_DIR}/OrvelAnalyticsConfig.cmake
+  INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/OrvelAnalyticsConfigVersion.cmake
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/OrvelAnalyticsConfig.cmake
+              ${PROJECT_BINARY_DIR}/OrvelAnalyticsConfigVersion.cmake DESTINATION ${package_dir})
