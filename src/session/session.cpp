@@ -100,6 +100,32 @@ AnalyticsResult AnalyticsSession::SendEvents() {
     return result;
 }
 
+AnalyticsResult AnalyticsSession::GetConsent(ConsentObject* consent) {
+    WideString payload;
+    Channel::ServiceChannel channel = Channel::getServiceClient();
+    const AnalyticsResult result = Channel::getConsentCommand(channel, appSession.appName, payload);
+    if (result == AnalyticsResult::Success) {
+        *consent = ConsentObject::FromJson(std::move(payload));
+    }
+    return result;
+}
+
+AnalyticsResult AnalyticsSession::SetConsent(ProcessingPermissions permissions) {
+    Channel::ServiceChannel channel = Channel::getServiceClient();
+    return Channel::setConsentCommand(channel, appSession.appName, permissions.ToJson());
+}
+
+AnalyticsResult AnalyticsSession::GetDocumentURLs(PrivacyDocuments* documents) {
+    WideString payload;
+    Channel::ServiceChannel channel = Channel::getServiceClient();
+    const AnalyticsResult result =
+        Channel::getPrivacyDocumentsCommand(channel, appSession.appName, payload);
+    // Read whatever the result: a request that failed leaves nothing that could be read, and its
+    // error tells so.
+    documents->FromJson(std::move(payload));
+    return result;
+}
+
 AnalyticsResult AnalyticsSession::SetStartTime(std::int64_t time) {
     if (Text::currentTime() < time) {
         return AnalyticsResult::StartTimeInFuture;

@@ -5,8 +5,11 @@
 #include <list>
 
 #include "orvel/analytics/app_session.h"
+#include "orvel/analytics/consent_object.h"
 #include "orvel/analytics/data_class.h"
 #include "orvel/analytics/export.h"
+#include "orvel/analytics/privacy_documents.h"
+#include "orvel/analytics/processing_permissions.h"
 #include "orvel/analytics/result.h"
 #include "orvel/analytics/text.h"
 
@@ -89,6 +92,33 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     /// @throws Orvel::Analytics::hresult_error when the service's reply cannot be read; the session
     ///     has been renewed all the same.
     Orvel::Analytics::Emitters::AnalyticsResult SendEvents();
+
+    /// Reads the user's consent record. Blocks for as long as the service takes, at most the RPC
+    /// client's deadlines.
+    /// @param consent the record to fill; borrowed for the call, not null. Every field is replaced
+    ///     on success, and none otherwise.
+    /// @return `Success`, `GenericError` when the service could not be reached, otherwise the
+    ///     service's own verdict.
+    /// @throws Orvel::Analytics::hresult_error when the service's reply cannot be read, or when it
+    ///     refused the connection without naming an error.
+    Orvel::Analytics::Emitters::AnalyticsResult GetConsent(ConsentObject* consent);
+
+    /// Changes the user's processing permissions, all three of them. Blocks for as long as the
+    /// service takes, at most the RPC client's deadlines.
+    /// @param permissions the new permissions.
+    /// @return `Success`, `GenericError` when the service could not be reached, otherwise the
+    ///     service's own verdict, such as `UnableToSetConsentForManagedDevice`.
+    /// @throws Orvel::Analytics::hresult_error when the service's reply cannot be read.
+    Orvel::Analytics::Emitters::AnalyticsResult SetConsent(ProcessingPermissions permissions);
+
+    /// Reads the addresses of the privacy documents. Blocks for as long as the service takes, at
+    /// most the RPC client's deadlines.
+    /// @param documents the record to fill; borrowed for the call, not null.
+    /// @return `Success`, or a verdict that came with readable addresses.
+    /// @throws Orvel::Analytics::hresult_error when the addresses cannot be read: so does every
+    ///     failure to reach the service, which leaves none to read. Addresses read before the
+    ///     failure stay in the record.
+    Orvel::Analytics::Emitters::AnalyticsResult GetDocumentURLs(PrivacyDocuments* documents);
 
     /// Sets the session's start.
     /// @param time seconds since 1970-01-01 00:00 UTC, not later than now.
