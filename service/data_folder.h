@@ -27,8 +27,10 @@ class DataFolder {
     const std::filesystem::path& database() const { return database_; }
 
   private:
+    class Lock;
+
+    std::unique_ptr<Lock> lock_;
     std::filesystem::path database_;
-    int lock_ = -1;
 };
 
 /// Where the database is within a data folder.

@@ -19,15 +19,25 @@ namespace {
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-/// A file for its owner only; SQLite gives the files that it puts beside it the same mode.
-int openPrivately(const std::filesystem::path& file) {
-    const int descriptor =
-        ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
-    if (descriptor < 0) {
-        fail("cannot open " + file.string());
+/// An open file, for its owner only; SQLite gives the files that it puts beside it the same mode.
+class PrivateFile {
+  public:
+    explicit PrivateFile(const std::filesystem::path& file)
+        : descriptor_(
+              ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR)) {
+        if (descriptor_ < 0) {
+            fail("cannot open " + file.string());
+        }
     }
-    return descriptor;
-}
+    PrivateFile(const PrivateFile&) = delete;
+    PrivateFile& operator=(const PrivateFile&) = delete;
+    ~PrivateFile() { ::close(descriptor_); }
+
+    int descriptor() const { return descriptor_; }
+
+  private:
+    int descriptor_;
+};
 
 void makeFolder(const std::filesystem::path& folder) {
     if (folder.has_parent_path()) {
@@ -55,21 +65,28 @@ std::filesystem::path defaultDataFolder() {
     return std::filesystem::path(home) / ".local/state/orvel-analytics";
 }
 
+class DataFolder::Lock {
+  public:
+    explicit Lock(const std::filesystem::path& folder) : file_(folder / "lock") {
+        if (::flock(file_.descriptor(), LOCK_EX | LOCK_NB) != 0) {
+            if (errno == EWOULDBLOCK) {
+                throw std::runtime_error("another service uses the data folder " + folder.string());
+            }
+            fail("cannot lock the data folder " + folder.string());
+        }
+    }
+
+  private:
+    PrivateFile file_;
+};
+
 DataFolder::DataFolder(const std::filesystem::path& folder) : database_(databaseFile(folder)) {
     // A trailing slash would stand for an empty name within the folder.
     makeFolder(folder.has_filename() ? folder : folder.parent_path());
-    ::close(openPrivately(database_));
-    lock_ = openPrivately(folder / "lock");
-    if (::flock(lock_, LOCK_EX | LOCK_NB) != 0) {
-        const bool taken = errno == EWOULDBLOCK;
-        ::close(lock_);
-        if (taken) {
-            throw std::runtime_error("another service uses the data folder " + folder.string());
-        }
-        fail("cannot lock the data folder " + folder.string());
-    }
+    lock_ = std::make_unique<Lock>(folder);
+    const PrivateFile database(database_);
 }
 
-DataFolder::~DataFolder() { ::close(lock_); }
+DataFolder::~DataFolder() = default;
 
 }  // namespace Orvel::Service

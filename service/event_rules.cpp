@@ -37,6 +37,11 @@ bool beginsWithInteger(JsonValue value) {
 
 EventRules::EventRules(const std::vector<Field>& fields) {
     for (const Field& field : fields) {
+        // These members are stamped on an event after its application's values were checked, in the
+        // place of whatever the application gave there.
+        if (field.id == "DT" || field.id == "V") {
+            continue;
+        }
         Rule rule = ruleOf(field);
         const auto [slot, isNew] = slots_.try_emplace(field.id, slots_.size());
         rule.id = slot->first;

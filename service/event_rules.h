@@ -15,7 +15,10 @@
 
 namespace Orvel::Service {
 
-/// The rules that the fields of a data class set for the values of its events.
+/// The rules that the fields of a data class set for the values of its events: "integer" is a text
+/// that begins with a number of 32 bits, a type with "varchar" in it limits the value's length in
+/// UTF-16 code units, and a field whose "nullable" is "false" or "False" must have a value. Fields
+/// named "DT" and "V" set none.
 ///
 /// Used by one thread at a time.
 class EventRules {

@@ -26,10 +26,11 @@ constexpr const char* kDescription =
     R"(The local analytics service: keeps what the applications of this machine report.
 
 Example:
-  orvel-analyticsd serve --data /tmp/analytics &
-  orvel-analyticsd events --data /tmp/analytics --json
+  orvel-analyticsd serve --data ~/analytics &
+  orvel-analyticsd events --data ~/analytics --json
 
-Exit status: 0 success, 1 failure, 2 wrong usage.)";
+Exit status: 0 success, 1 failure, 2 wrong usage.
+)";
 
 /// What the command line says.
 struct Arguments {
@@ -62,7 +63,7 @@ StoreReader openReader(const Arguments& arguments) {
 
 int runService(const Arguments& arguments) {
     Log log(writeToStandardError, systemTime);
-    return serve(arguments.dataFolder(), ORVEL_VERSION, log) ? kSuccess : kFailure;
+    return serve(arguments.data, ORVEL_VERSION, log) ? kSuccess : kFailure;
 }
 
 int runEvents(Arguments arguments) {
@@ -102,7 +103,8 @@ CLI::App* addEvents(CLI::App& app, Arguments& arguments) {
                                   R"(Show the events that are stored, oldest first.
 
 Example:
-  orvel-analyticsd events --bad --json)");
+  orvel-analyticsd events --bad --json
+)");
     CLI::Option* good =
         events->add_flag("--good", arguments.good, "Only events that were accepted");
     events->add_flag("--bad", arguments.bad, "Only events that were refused")->excludes(good);
@@ -127,13 +129,15 @@ int run(int argc, char** argv) {
                                          R"(Run the service until SIGTERM or SIGINT.
 
 Example:
-  orvel-analyticsd serve --data /var/lib/orvel-analytics)");
+  orvel-analyticsd serve --data /var/lib/orvel-analytics
+)");
     const CLI::App* events = addEvents(app, arguments);
     CLI::App* classes = addCommand(app, arguments, "classes",
                                    R"(Show the data classes that are registered.
 
 Example:
-  orvel-analyticsd classes --json)");
+  orvel-analyticsd classes --json
+)");
     addJson(*classes, arguments);
     try {
         app.parse(argc, argv);

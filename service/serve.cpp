@@ -13,7 +13,8 @@ namespace Orvel::Service {
 
 namespace {
 
-void runServer(const std::filesystem::path& dataFolder, Log& log) {
+void runServer(const std::filesystem::path& dataFolder, const std::string& version, Log& log) {
+    log.write("started", {{"version", version}, {"data", dataFolder.string()}});
     const DataFolder folder(dataFolder);
     Store store(folder.database(), systemTime);
     const auto socket = Relay::Server::endpointSocket(kEndpoint);
@@ -27,11 +28,11 @@ void runServer(const std::filesystem::path& dataFolder, Log& log) {
 
 }  // namespace
 
-bool serve(const std::filesystem::path& dataFolder, const std::string& version, Log& log) {
+bool serve(const std::optional<std::filesystem::path>& dataFolder, const std::string& version,
+           Log& log) {
     surviveFailingWrites();
-    log.write("started", {{"version", version}, {"data", dataFolder.string()}});
     try {
-        runServer(dataFolder, log);
+        runServer(dataFolder ? *dataFolder : defaultDataFolder(), version, log);
     } catch (const std::exception& error) {
         log.write("failed", {{"reason", error.what()}});
         return false;

@@ -2,6 +2,7 @@
 #define ORVEL_SERVICE_SERVE_H
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "service/log.h"
@@ -12,9 +13,11 @@ namespace Orvel::Service {
 inline constexpr const char* kEndpoint = "OrvelAnalyticsRpcEndpoint";
 
 /// Runs the service on the calling thread until SIGTERM or SIGINT.
+/// @param dataFolder the default one when nothing is said.
 /// @param version what the log calls this program's version.
 /// @return whether it ended because it was told to; what went wrong otherwise is in the log.
-bool serve(const std::filesystem::path& dataFolder, const std::string& version, Log& log);
+bool serve(const std::optional<std::filesystem::path>& dataFolder, const std::string& version,
+           Log& log);
 
 }  // namespace Orvel::Service
 

@@ -430,6 +430,16 @@ TEST_F(ConversationTest, FailingStorageUndoesTheWholeBatchAndTheServiceLivesOn) 
     EXPECT_EQ(stored().size(), 3U);
 }
 
+TEST_F(ConversationTest, DataThatCannotBeReadBackFailsTheCommandAlone) {
+    connectAndRegister(json::array());
+    Database saboteur(file_, Database::Access::kReadWrite);
+    saboteur.execute("UPDATE data_class SET fields = '[5'");
+    EXPECT_EQ(collect(batch(event(""))), refusedBatch({"GenericError"}));
+    EXPECT_EQ(json::parse(logged_)["event"], "command_failed");
+    saboteur.execute("UPDATE data_class SET fields = '[]'");
+    EXPECT_EQ(collect(batch(event(""))), "MyApp::SUCCESS::");
+}
+
 TEST_F(ConversationTest, FailingStorageRefusesARegistration) {
     connect();
     Database saboteur(file_, Database::Access::kReadWrite);

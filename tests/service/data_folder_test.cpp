@@ -52,7 +52,7 @@ TEST(DataFolderTest, SaysWhatCannotBeMade) {
         const DataFolder below(data.database());
         FAIL() << "a file was taken for a folder";
     } catch (const std::exception& error) {
-        EXPECT_THAT(error.what(), testing::HasSubstr("analytics.db"));
+        EXPECT_THAT(error.what(), testing::HasSubstr(data.database().string()));
     }
 }
 

@@ -106,6 +106,11 @@ TEST(EventRulesTest, MembersThatAreNoFieldsAreAllowed) {
     EXPECT_EQ(broken({}, R"({"a":"x","b":null})"), "");
 }
 
+TEST(EventRulesTest, StampedMembersAreNotJudgedAsFields) {
+    const std::vector fields = {field("DT", "integer", "false"), field("V", "varchar(1)", "false")};
+    EXPECT_EQ(broken(fields, R"({"DT":"20240131T235959","V":"1.0"})"), "");
+}
+
 TEST(EventRulesTest, LastOfTwoEqualMembersIsJudged) {
     EXPECT_EQ(broken({field("f", "integer")}, R"({"f":"x","\u0066":1})"), "");
     EXPECT_EQ(broken({field("f", "integer")}, R"({"f":1,"f":"x"})"), "f");

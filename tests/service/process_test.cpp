@@ -180,6 +180,9 @@ TEST_F(ProcessTest, AcknowledgedEventsSurviveAKill) {
                       u"MyApp::SUCCESS::");
         }
         service_.kill();
+        EXPECT_EQ(service_.run({"events", "--count"}).out,
+                  std::to_string((round + 1) * kBatches) + "\n")
+            << "while no service runs";
     }
     start();
     const auto events = lines({"events", "--good"});
