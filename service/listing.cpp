@@ -56,6 +56,7 @@ std::string eventJson(const EventRow& event) {
         .text("session", event.session)
         .json("session_counter", event.sessionCounter)
         .text("session_started", event.sessionStarted)
+        .text("version_tag", event.versionTag)
         .text("user", event.user)
         .text("device", event.device)
         .text("environment", event.environment)

@@ -9,7 +9,7 @@ namespace {
 // The joins are crossed so that events come in the order of their identifiers without being sorted.
 constexpr const char* kGoodEvents = R"sql(
     SELECT event.id AS id, received, peer_user, application.name, application_version, session,
-           session_counter, session_started, user, device, environment, identifier,
+           session_counter, session_started, version_tag, user, device, environment, identifier,
            event.version, time, NULL, NULL, content
     FROM event CROSS JOIN batch ON batch.id = batch_id
                CROSS JOIN data_class ON data_class.id = data_class_id
@@ -18,7 +18,7 @@ constexpr const char* kGoodEvents = R"sql(
 
 constexpr const char* kRefusedEvents = R"sql(
     SELECT refused_event.id AS id, received, peer_user, application.name, application_version,
-           session, session_counter, session_started, user, device, environment, class,
+           session, session_counter, session_started, version_tag, user, device, environment, class,
            NULL, NULL, error, path, content
     FROM refused_event CROSS JOIN batch ON batch.id = batch_id
                        CROSS JOIN application ON application.id = batch.application_id
@@ -56,15 +56,16 @@ EventRow eventRow(const Statement& row) {
             .session = row.text(5),
             .sessionCounter = row.text(6),
             .sessionStarted = row.text(7),
-            .user = row.text(8),
-            .device = row.text(9),
-            .environment = row.text(10),
-            .className = optionalText(row, 11),
-            .version = optionalText(row, 12),
-            .time = row.text(13),
-            .error = row.text(14),
-            .path = row.text(15),
-            .content = row.text(16)};
+            .versionTag = row.text(8),
+            .user = row.text(9),
+            .device = row.text(10),
+            .environment = row.text(11),
+            .className = optionalText(row, 12),
+            .version = optionalText(row, 13),
+            .time = row.text(14),
+            .error = row.text(15),
+            .path = row.text(16),
+            .content = row.text(17)};
 }
 
 void bindFilter(Statement& statement, const EventFilter& filter) {

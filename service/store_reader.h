@@ -33,6 +33,7 @@ struct EventRow {
     std::string_view session;
     std::string_view sessionCounter;
     std::string_view sessionStarted;
+    std::string_view versionTag;
     std::string_view user;
     std::string_view device;
     std::string_view environment;

@@ -91,6 +91,7 @@ TEST_F(ListingTest, JsonHasOneObjectALineWithEverythingThatIsKnown) {
                           {"session", "{S}"},
                           {"session_counter", 3},
                           {"session_started", "20240131T000000"},
+                          {"version_tag", "tag"},
                           {"user", "u"},
                           {"device", "d"},
                           {"environment", "Production"},
