@@ -1,0 +1,132 @@
+#include "service/conversation.h"
+
+#include "service/batch.h"
+#include "service/calendar.h"
+#include "service/registration.h"
+#include "service/reply.h"
+
+namespace Orvel::Service {
+
+namespace {
+
+std::string payloadText(WideStringView payload) {
+    auto text = toUtf8(payload);
+    if (!text) {
+        throw Refusal(ErrorNames::kMalformedJson);
+    }
+    return std::move(*text);
+}
+
+}  // namespace
+
+Relay::Server::Answer Conversation::execute(const WideString& target, std::uint32_t,
+                                            WideString command) {
+    if (target != kTarget) {
+        return {kUnknownTarget, {}};
+    }
+    return {0, answer(command)};
+}
+
+WideString Conversation::answer(WideStringView text) {
+    const auto command = splitCommand(text, name_);
+    if (!command) {
+        return errorReply(name_, Tokens::kNone, {ErrorNames::kMalformedOrUnknownMessage});
+    }
+    if (command->token == Tokens::kConnect) {
+        return connect(*command);
+    }
+    const auto refuse = [&command](ErrorName error) {
+        return errorReply(command->application, command->token, {error});
+    };
+    if (name_.empty()) {
+        return refuse(ErrorNames::kApplicationIsNotConnected);
+    }
+    if (command->application != name_) {
+        return refuse(ErrorNames::kApplicationPipeNotMatch);
+    }
+    try {
+        return serve(*command);
+    } catch (const Refusal& refusal) {
+        return refuse(refusal.name());
+    } catch (const std::exception& error) {
+        // Whatever else goes wrong concerns this command alone.
+        log_.write("command_failed", {{"application", application_}, {"reason", error.what()}});
+        return refuse(ErrorNames::kGenericError);
+    }
+}
+
+WideString Conversation::connect(const Command& command) {
+    const auto refuse = [&command](ErrorName error) {
+        return errorReply(command.application, Tokens::kAcknowledged, {error});
+    };
+    auto application = toUtf8(command.application);
+    if (!application || application->empty() || !command.payload.empty()) {
+        return refuse(ErrorNames::kMalformedOrUnknownMessage);
+    }
+    if (!name_.empty() && command.application != name_) {
+        return refuse(ErrorNames::kApplicationPipeNotMatch);
+    }
+    name_ = command.application;
+    application_ = std::move(*application);
+    return plainReply(name_, Tokens::kAcknowledged);
+}
+
+WideString Conversation::serve(const Command& command) {
+    if (command.token == Tokens::kRegister) {
+        registerClass(command.payload);
+    } else if (command.token == Tokens::kCollect) {
+        const auto errors = collect(command.payload);
+        if (!errors.empty()) {
+            return errorReply(name_, command.token, errors);
+        }
+    } else {
+        throw Refusal(ErrorNames::kMalformedOrUnknownMessage);
+    }
+    return plainReply(name_, Tokens::kSuccess);
+}
+
+void Conversation::registerClass(WideStringView payload) {
+    const DataClass dataClass = readRegistration(payloadText(payload));
+    try {
+        if (store_.registerClass(application_, dataClass) == Registered::kConflict) {
+            throw Refusal(ErrorNames::kInvalidDataclassRegistration);
+        }
+    } catch (const SqlError& error) {
+        logStorageError(error.what());
+        throw Refusal(ErrorNames::kErrorIODataclassRegistration);
+    }
+}
+
+std::vector<ErrorName> Conversation::collect(WideStringView payload) {
+    const std::string document = payloadText(payload);
+    const Batch batch(document);
+    const Session& session = batch.session();
+    if (session.application != application_) {
+        throw Refusal(ErrorNames::kApplicationPipeNotMatch);
+    }
+    if (!session.started.empty() && !isCompactTimestamp(session.started)) {
+        throw Refusal(ErrorNames::kInvalidDatetimeFormat);
+    }
+    std::vector<ErrorName> errors;
+    try {
+        const auto events = batch.judge([this](std::string_view identifier) {
+            return store_.latestClass(application_, identifier);
+        });
+        store_.addBatch(session, peer_.userId, events);
+        for (const JudgedEvent& event : events) {
+            if (!event.error.empty()) {
+                errors.push_back(event.error);
+            }
+        }
+    } catch (const SqlError& error) {
+        logStorageError(error.what());
+        throw Refusal(ErrorNames::kGenericError);
+    }
+    return errors;
+}
+
+void Conversation::logStorageError(const char* reason) {
+    log_.write("storage_error", {{"application", application_}, {"reason", reason}});
+}
+
+}  // namespace Orvel::Service

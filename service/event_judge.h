@@ -1,0 +1,48 @@
+#ifndef ORVEL_SERVICE_EVENT_JUDGE_H
+#define ORVEL_SERVICE_EVENT_JUDGE_H
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "service/event_rules.h"
+#include "service/json.h"
+#include "service/store.h"
+
+namespace Orvel::Service {
+
+/// The latest registration of an identifier by the application that sends.
+using FindClass = std::function<std::optional<StoredClass>(std::string_view identifier)>;
+
+/// Judges the events of one batch.
+///
+/// An event is {identifier of its class: {field: value, ..., "DT": time, "V": version}}. The rules
+/// are tried in this order, and the first that is broken gives the event's error: the form, the
+/// registration of the class, the class's fields in their order, "DT".
+class EventJudge {
+  public:
+    explicit EventJudge(FindClass findClass) : findClass_(std::move(findClass)) {}
+
+    /// @param index the event's place in the batch.
+    /// @param text the event's characters; what is given back borrows from them and from `event`.
+    JudgedEvent judge(std::size_t index, JsonValue event, std::string_view text);
+
+  private:
+    struct KnownClass {
+        std::int64_t id;
+        EventRules rules;
+    };
+
+    KnownClass* knownClass(std::string_view identifier);
+
+    FindClass findClass_;
+    /// What the batch has asked for so far; no value for a class that is not registered.
+    std::map<std::string, std::optional<KnownClass>, std::less<>> classes_;
+};
+
+}  // namespace Orvel::Service
+
+#endif

@@ -1,0 +1,91 @@
+#include "service/event_rules.h"
+
+#include <charconv>
+#include <limits>
+#include <system_error>
+
+namespace Orvel::Service {
+
+namespace {
+
+/// Longer than any text can be, even with its quotes.
+constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max() - 2;
+
+/// The number that the first digits of the text make; a number beyond the signed 32-bit range is no
+/// limit that a text could reach.
+std::optional<std::uint64_t> firstNumber(std::string_view text) {
+    const std::size_t first = text.find_first_of("0123456789");
+    if (first == std::string_view::npos) {
+        return std::nullopt;
+    }
+    std::int32_t number = 0;
+    const auto [end, error] =
+        std::from_chars(text.data() + first, text.data() + text.size(), number);
+    return error == std::errc() ? static_cast<std::uint64_t>(number) : kUnlimited;
+}
+
+/// Whether the value's text begins with a decimal number of the signed 32-bit range: whatever
+/// follows the digits, such as a fraction, is not looked at.
+bool beginsWithInteger(JsonValue value) {
+    const auto text = value.number();
+    std::int32_t number = 0;
+    return text &&
+           std::from_chars(text->data(), text->data() + text->size(), number).ec == std::errc();
+}
+
+}  // namespace
+
+EventRules::EventRules(const std::vector<Field>& fields) {
+    for (const Field& field : fields) {
+        Rule rule = ruleOf(field);
+        const auto [slot, isNew] = slots_.try_emplace(field.id, slots_.size());
+        rule.id = slot->first;
+        rule.slot = slot->second;
+        rules_.push_back(rule);
+    }
+}
+
+EventRules::Rule EventRules::ruleOf(const Field& field) {
+    Rule rule;
+    rule.required = field.nullable == "false" || field.nullable == "False";
+    if (field.type == "integer") {
+        rule.kind = Kind::kInteger;
+    } else if (field.type.find("varchar") != std::string::npos) {
+        rule.kind = Kind::kVarchar;
+        rule.limit = firstNumber(field.type);
+    }
+    return rule;
+}
+
+std::optional<std::string_view> EventRules::brokenField(JsonValue values) {
+    values_.assign(slots_.size(), JsonValue());
+    values.forEachMember([this](std::string_view name, JsonValue value) {
+        if (const auto slot = slots_.find(name); slot != slots_.end()) {
+            values_[slot->second] = value;
+        }
+    });
+    // A varchar type without digits is measured by the last limit that a field before it has set.
+    std::uint64_t limit = kUnlimited;
+    for (const Rule& rule : rules_) {
+        const JsonValue value = values_[rule.slot];
+        if (rule.required && (!value || value.isNull())) {
+            return rule.id;
+        }
+        if (!value) {
+            continue;
+        }
+        if (rule.kind == Kind::kInteger && !beginsWithInteger(value)) {
+            return rule.id;
+        }
+        if (rule.kind == Kind::kVarchar) {
+            limit = rule.limit.value_or(limit);
+            // The first and the last character, a string's quotes, are not counted.
+            if (value.compactLength() > limit + 2) {
+                return rule.id;
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace Orvel::Service

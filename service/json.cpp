@@ -1,0 +1,101 @@
+#include "service/json.h"
+
+#include <map>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include "service/error_name.h"
+#include "service/json_text.h"
+
+namespace Orvel::Service {
+
+namespace {
+
+std::size_t escapedLength(std::string_view characters) {
+    std::size_t units = 0;
+    for (const char character : characters) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte >= 0xF0) {
+            units += 2;
+        } else if (byte >= 0x80 && byte < 0xC0) {
+            continue;
+        } else if (byte >= 0x20) {
+            units += (byte == '"' || byte == '\\') ? 2U : 1U;
+        } else {
+            units += hasShortEscape(character) ? 2U : 6U;
+        }
+    }
+    return units;
+}
+
+}  // namespace
+
+JsonValue::Member JsonValue::member(std::string_view name) const {
+    Member found;
+    std::size_t index = 0;
+    forEachMember([&](std::string_view candidate, JsonValue value) {
+        if (candidate == name) {
+            found = {value, index};
+        }
+        ++index;
+    });
+    return found;
+}
+
+std::size_t JsonValue::compactLength() const {
+    if (const auto characters = string()) {
+        return escapedLength(*characters) + 2;
+    }
+    if (const auto digits = number()) {
+        return digits->size();
+    }
+    if (isArray()) {
+        std::size_t units = size() < 2 ? 2 : size() + 1;
+        forEachElement([&units](JsonValue element) { units += element.compactLength(); });
+        return units;
+    }
+    if (isObject()) {
+        std::map<std::string_view, JsonValue> last;
+        forEachMember([&last](std::string_view name, JsonValue value) { last[name] = value; });
+        std::size_t units = last.size() < 2 ? 2 : last.size() + 1;
+        for (const auto& [name, value] : last) {
+            units += escapedLength(name) + 3 + value.compactLength();
+        }
+        return units;
+    }
+    return yyjson_is_false(value_) ? 5 : 4;
+}
+
+JsonDocument::Handle JsonDocument::read(std::string_view text) {
+    yyjson_read_err error{};
+    // The engine takes a pointer to characters that it may write to only when it is asked to read
+    // in place, which it is not.
+    Handle document(yyjson_read_opts(const_cast<char*>(text.data()), text.size(),
+                                     YYJSON_READ_NUMBER_AS_RAW, nullptr, &error));
+    if (!document && error.code == YYJSON_READ_ERROR_MEMORY_ALLOCATION) {
+        throw std::bad_alloc();
+    }
+    return document;
+}
+
+JsonDocument JsonDocument::parseObject(std::string_view text) {
+    if (nestsDeeper(text, kDeepestJson)) {
+        throw Refusal(ErrorNames::kMalformedJson);
+    }
+    JsonDocument document(read(text));
+    if (!document.root().isObject()) {
+        throw Refusal(ErrorNames::kMalformedJson);
+    }
+    return document;
+}
+
+JsonDocument JsonDocument::parseOwn(std::string_view text) {
+    JsonDocument document(read(text));
+    if (!document.root()) {
+        throw std::runtime_error("a stored JSON text cannot be read");
+    }
+    return document;
+}
+
+}  // namespace Orvel::Service

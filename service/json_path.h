@@ -1,0 +1,15 @@
+#ifndef ORVEL_SERVICE_JSON_PATH_H
+#define ORVEL_SERVICE_JSON_PATH_H
+
+#include <string>
+#include <string_view>
+
+namespace Orvel::Service {
+
+/// Appends one member to a JSON path: `.name` for a name of ASCII letters, digits and underscores
+/// that does not begin with a digit, `['name']` for any other.
+void appendPathMember(std::string& path, std::string_view name);
+
+}  // namespace Orvel::Service
+
+#endif

@@ -1,0 +1,59 @@
+#ifndef ORVEL_SERVICE_JSON_TEXT_H
+#define ORVEL_SERVICE_JSON_TEXT_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// @file
+/// JSON as text: writing strings, and finding the very characters of a value, which an engine that
+/// reads values no longer knows.
+
+namespace Orvel::Service {
+
+/// Whether a character has an escape of two characters, other than the quote and the backslash.
+bool hasShortEscape(char character);
+
+/// Appends one character of a string, escaped when it must be. Bytes of UTF-8 pass as they are.
+void appendJsonCharacter(std::string& out, char character);
+
+/// Appends a string with its quotes, escaping what must be escaped.
+void appendJsonString(std::string& out, std::string_view characters);
+
+/// Whether objects and arrays nest deeper than `limit` levels. The text may be any text.
+bool nestsDeeper(std::string_view text, std::size_t limit);
+
+/// Walks a text that is known to be well-formed JSON.
+class JsonCursor {
+  public:
+    /// Stands on the value that begins at, or after blanks at, that place.
+    explicit JsonCursor(std::string_view text, std::size_t position = 0)
+        : text_(text), position_(position) {
+        skipBlanks();
+    }
+
+    /// Goes into an object, to the value of its member number `index`.
+    void enterMember(std::size_t index);
+
+    /// Goes into an array, to its first element, or to the array's end when it is empty.
+    void enterArray();
+
+    /// The characters of the value; the cursor then stands on the next element of the array around
+    /// it, or on the array's end.
+    std::string_view takeElement();
+
+    /// Everything from the value on.
+    std::string_view rest() const { return text_.substr(position_); }
+
+  private:
+    void skipBlanks();
+    void skipString();
+    void skipValue();
+
+    std::string_view text_;
+    std::size_t position_;
+};
+
+}  // namespace Orvel::Service
+
+#endif

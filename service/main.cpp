@@ -1,0 +1,162 @@
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "service/data_folder.h"
+#include "service/listing.h"
+#include "service/process.h"
+#include "service/serve.h"
+#include "service/store_reader.h"
+
+namespace {
+
+using namespace Orvel::Service;
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = 1;
+constexpr int kWrongUsage = 2;
+
+constexpr const char* kDescription =
+    R"(The local analytics service: keeps what the applications of this machine report.
+
+Example:
+  orvel-analyticsd serve --data /tmp/analytics &
+  orvel-analyticsd events --data /tmp/analytics --json
+
+Exit status: 0 success, 1 failure, 2 wrong usage.)";
+
+/// What the command line says.
+struct Arguments {
+    std::optional<std::filesystem::path> data;
+    EventFilter filter;
+    bool good = false;
+    bool bad = false;
+    bool json = false;
+    bool count = false;
+
+    std::filesystem::path dataFolder() const { return data ? *data : defaultDataFolder(); }
+    ListingForm form() const { return json ? ListingForm::kJson : ListingForm::kText; }
+};
+
+void print(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+        throw std::runtime_error("cannot write to standard output");
+    }
+}
+
+StoreReader openReader(const Arguments& arguments) {
+    const auto file = databaseFile(arguments.dataFolder());
+    if (!std::filesystem::exists(file)) {
+        throw std::runtime_error(
+            fmt::format("there is no data in {}: has the service run with this folder?",
+                        file.parent_path().string()));
+    }
+    return StoreReader(file);
+}
+
+int runService(const Arguments& arguments) {
+    Log log(writeToStandardError, systemTime);
+    return serve(arguments.dataFolder(), ORVEL_VERSION, log) ? kSuccess : kFailure;
+}
+
+int runEvents(Arguments arguments) {
+    if (arguments.good) {
+        arguments.filter.kind = EventFilter::Kind::kGood;
+    } else if (arguments.bad) {
+        arguments.filter.kind = EventFilter::Kind::kRefused;
+    }
+    StoreReader reader = openReader(arguments);
+    if (arguments.count) {
+        print(fmt::format("{}\n", reader.countEvents(arguments.filter)));
+    } else {
+        listEvents(reader, arguments.filter, arguments.form(), print);
+    }
+    return kSuccess;
+}
+
+int runClasses(const Arguments& arguments) {
+    StoreReader reader = openReader(arguments);
+    listClasses(reader, arguments.form(), print);
+    return kSuccess;
+}
+
+CLI::App* addCommand(CLI::App& app, Arguments& arguments, const char* name,
+                     const char* description) {
+    CLI::App* command = app.add_subcommand(name, description);
+    command->add_option("--data", arguments.data, "Data folder")->type_name("DIR");
+    return command;
+}
+
+void addJson(CLI::App& command, Arguments& arguments) {
+    command.add_flag("--json", arguments.json, "Print one JSON object a line");
+}
+
+CLI::App* addEvents(CLI::App& app, Arguments& arguments) {
+    CLI::App* events = addCommand(app, arguments, "events",
+                                  R"(Show the events that are stored, oldest first.
+
+Example:
+  orvel-analyticsd events --bad --json)");
+    CLI::Option* good =
+        events->add_flag("--good", arguments.good, "Only events that were accepted");
+    events->add_flag("--bad", arguments.bad, "Only events that were refused")->excludes(good);
+    events->add_option("--class", arguments.filter.className, "Only events of this data class")
+        ->type_name("ID");
+    events->add_option("--application", arguments.filter.application, "Only this application's")
+        ->type_name("NAME");
+    CLI::Option* limit = events->add_option("--limit", arguments.filter.limit, "At most so many")
+                             ->type_name("N")
+                             ->check(CLI::NonNegativeNumber);
+    events->add_flag("--count", arguments.count, "Print only how many there are")->excludes(limit);
+    addJson(*events, arguments);
+    return events;
+}
+
+int run(int argc, char** argv) {
+    CLI::App app(kDescription);
+    app.set_version_flag("--version", "orvel-analyticsd " ORVEL_VERSION);
+    app.require_subcommand(1);
+    Arguments arguments;
+    const CLI::App* service = addCommand(app, arguments, "serve",
+                                         R"(Run the service until SIGTERM or SIGINT.
+
+Example:
+  orvel-analyticsd serve --data /var/lib/orvel-analytics)");
+    const CLI::App* events = addEvents(app, arguments);
+    CLI::App* classes = addCommand(app, arguments, "classes",
+                                   R"(Show the data classes that are registered.
+
+Example:
+  orvel-analyticsd classes --json)");
+    addJson(*classes, arguments);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kSuccess : kWrongUsage;
+    }
+    if (service->parsed()) {
+        return runService(arguments);
+    }
+    const int result = events->parsed() ? runEvents(arguments) : runClasses(arguments);
+    if (std::fflush(stdout) != 0) {
+        throw std::runtime_error("cannot write to standard output");
+    }
+    return result;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        fmt::print(stderr, "orvel-analyticsd: {}\n", error.what());
+        return kFailure;
+    }
+}

@@ -1,0 +1,20 @@
+#ifndef ORVEL_SERVICE_PROCESS_H
+#define ORVEL_SERVICE_PROCESS_H
+
+#include <string_view>
+
+/// @file
+/// What the service asks of the process that it runs in.
+
+namespace Orvel::Service {
+
+/// Makes a write that cannot be done an error of that write, not the end of the process: to a pipe
+/// or a socket that nobody reads, or to a file beyond the largest size that is allowed.
+void surviveFailingWrites();
+
+/// Writes to standard error, as one piece; failure is ignored, as there is nobody left to tell.
+void writeToStandardError(std::string_view text);
+
+}  // namespace Orvel::Service
+
+#endif

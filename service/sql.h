@@ -1,0 +1,109 @@
+#ifndef ORVEL_SERVICE_SQL_H
+#define ORVEL_SERVICE_SQL_H
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+/// @file
+/// SQLite with owners: connections, statements, transactions. Texts are UTF-8 and keep U+0000.
+
+namespace Orvel::Service {
+
+/// The database could not do what it was asked to.
+class SqlError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// One connection; used by one thread at a time.
+class Database {
+  public:
+    enum class Access { kReadOnly, kReadWrite };
+
+    /// @throws SqlError
+    Database(const std::filesystem::path& file, Access access);
+
+    /// Runs statements that have no parameters. @throws SqlError
+    void execute(const std::string& statements);
+
+    sqlite3* handle() const { return handle_.get(); }
+
+  private:
+    struct Close {
+        void operator()(sqlite3* handle) const;
+    };
+    std::unique_ptr<sqlite3, Close> handle_;
+};
+
+/// A prepared statement: bind, then `step` until it says that there are no more rows, then `reset`.
+/// Bound texts are borrowed until then.
+class Statement {
+  public:
+    /// @throws SqlError
+    Statement(const Database& database, std::string_view text);
+
+    Statement& bind(int parameter, std::int64_t value);
+    Statement& bind(int parameter, std::string_view text);
+    /// Binds a text, or NULL.
+    Statement& bindOptional(int parameter, std::optional<std::string_view> text);
+
+    /// @return whether there is a row to look at. @throws SqlError
+    bool step();
+    /// Makes the statement ready to be bound and run again.
+    void reset();
+    /// Runs a statement that gives no rows, and resets it. @throws SqlError
+    void run();
+
+    std::int64_t integer(int column) const;
+    /// Valid until the next `step` or `reset`; a NULL is an empty text.
+    std::string_view text(int column) const;
+    bool isNull(int column) const;
+
+  private:
+    struct Finalize {
+        void operator()(sqlite3_stmt* handle) const;
+    };
+    void check(int code) const;
+
+    std::unique_ptr<sqlite3_stmt, Finalize> handle_;
+};
+
+/// Resets a statement at the end of a block, however that ends.
+class StatementUse {
+  public:
+    explicit StatementUse(Statement& statement) : statement_(statement) {}
+    StatementUse(const StatementUse&) = delete;
+    StatementUse& operator=(const StatementUse&) = delete;
+    ~StatementUse() { statement_.reset(); }
+
+  private:
+    Statement& statement_;
+};
+
+/// A transaction that writes; undone at the end of its block unless it was committed.
+class Transaction {
+  public:
+    /// @throws SqlError
+    explicit Transaction(Database& database);
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    ~Transaction();
+
+    /// Returns when the changes are durable. @throws SqlError
+    void commit();
+
+  private:
+    Database& database_;
+};
+
+}  // namespace Orvel::Service
+
+#endif

@@ -1,0 +1,178 @@
+#include "service/store.h"
+
+#include <mutex>
+
+#include "service/schema.h"
+#include "service/time_ordered_ids.h"
+
+namespace Orvel::Service {
+
+namespace {
+
+Database openDatabase(const std::filesystem::path& file) {
+    Database database(file, Database::Access::kReadWrite);
+    // A reader may hold a lock for a moment.
+    database.execute("PRAGMA busy_timeout = 5000");
+    database.execute("PRAGMA foreign_keys = ON");
+    prepareSchema(database);
+    database.execute("PRAGMA journal_mode = WAL");
+    database.execute("PRAGMA synchronous = FULL");
+    return database;
+}
+
+std::int64_t lastId(const Database& database) {
+    Statement statement(database, R"sql(
+        SELECT max((SELECT coalesce(max(id), 0) FROM batch),
+                   (SELECT coalesce(max(id), 0) FROM event),
+                   (SELECT coalesce(max(id), 0) FROM refused_event),
+                   (SELECT coalesce(max(registration), 0) FROM data_class)))sql");
+    statement.step();
+    return statement.integer(0);
+}
+
+}  // namespace
+
+class Store::Impl {
+  public:
+    Impl(const std::filesystem::path& file, Clock clock)
+        : clock_(std::move(clock)), database_(openDatabase(file)), ids_(lastId(database_)) {}
+
+    Registered registerClass(std::string_view application, const DataClass& dataClass);
+    std::optional<StoredClass> latestClass(std::string_view application,
+                                           std::string_view identifier);
+    void addBatch(const Session& session, std::uint32_t peerUser,
+                  const std::vector<JudgedEvent>& events);
+
+  private:
+    std::int64_t applicationId(std::string_view name);
+    void addEvent(const JudgedEvent& event, std::int64_t batch, std::chrono::milliseconds now);
+
+    std::mutex mutex_;
+    Clock clock_;
+    Database database_;
+    TimeOrderedIds ids_;
+
+    Statement findApplication_{database_, "SELECT id FROM application WHERE name = ?1"};
+    Statement addApplication_{database_,
+                              "INSERT INTO application(name) VALUES(?1) ON CONFLICT DO NOTHING"};
+    Statement findFields_{database_, R"sql(
+        SELECT fields FROM data_class
+        WHERE application_id = ?1 AND identifier = ?2 AND version = ?3)sql"};
+    Statement addClass_{database_, R"sql(
+        INSERT INTO data_class(application_id, identifier, version, name, fields,
+                               first_registered, last_registered, registration)
+        VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?6, ?7)
+        ON CONFLICT(application_id, identifier, version) DO UPDATE SET
+            name = excluded.name, last_registered = excluded.last_registered,
+            registration = excluded.registration)sql"};
+    Statement findLatest_{database_, R"sql(
+        SELECT data_class.id, fields
+        FROM data_class JOIN application ON application.id = application_id
+        WHERE application.name = ?1 AND identifier = ?2
+        ORDER BY registration DESC LIMIT 1)sql"};
+    Statement addBatch_{database_, R"sql(
+        INSERT INTO batch VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12))sql"};
+    Statement addEvent_{database_, "INSERT INTO event VALUES(?1, ?2, ?3, ?4, ?5, ?6)"};
+    Statement addRefused_{database_, "INSERT INTO refused_event VALUES(?1, ?2, ?3, ?4, ?5, ?6)"};
+};
+
+std::int64_t Store::Impl::applicationId(std::string_view name) {
+    addApplication_.bind(1, name).run();
+    const StatementUse use(findApplication_);
+    findApplication_.bind(1, name).step();
+    return findApplication_.integer(0);
+}
+
+Registered Store::Impl::registerClass(std::string_view application, const DataClass& dataClass) {
+    const std::string fields = fieldsText(dataClass.fields);
+    const std::scoped_lock lock(mutex_);
+    const std::chrono::milliseconds now = clock_();
+    Transaction transaction(database_);
+    const std::int64_t owner = applicationId(application);
+    {
+        const StatementUse use(findFields_);
+        findFields_.bind(1, owner).bind(2, dataClass.id).bind(3, dataClass.version);
+        if (findFields_.step() && findFields_.text(0) != fields) {
+            return Registered::kConflict;
+        }
+    }
+    addClass_.bind(1, owner)
+        .bind(2, dataClass.id)
+        .bind(3, dataClass.version)
+        .bind(4, dataClass.name)
+        .bind(5, fields)
+        .bind(6, now.count())
+        .bind(7, ids_.next(now))
+        .run();
+    transaction.commit();
+    return Registered::kAccepted;
+}
+
+std::optional<StoredClass> Store::Impl::latestClass(std::string_view application,
+                                                    std::string_view identifier) {
+    const std::scoped_lock lock(mutex_);
+    const StatementUse use(findLatest_);
+    if (!findLatest_.bind(1, application).bind(2, identifier).step()) {
+        return std::nullopt;
+    }
+    return StoredClass{findLatest_.integer(0), readFieldsText(findLatest_.text(1))};
+}
+
+void Store::Impl::addEvent(const JudgedEvent& event, std::int64_t batch,
+                           std::chrono::milliseconds now) {
+    const bool good = event.error.empty();
+    Statement& statement = good ? addEvent_ : addRefused_;
+    statement.bind(1, ids_.next(now)).bind(2, batch);
+    if (good) {
+        statement.bind(3, event.dataClass).bindOptional(4, event.version).bind(5, event.time);
+    } else {
+        statement.bindOptional(3, event.className).bind(4, event.error).bind(5, event.path);
+    }
+    statement.bind(6, event.content).run();
+}
+
+void Store::Impl::addBatch(const Session& session, std::uint32_t peerUser,
+                           const std::vector<JudgedEvent>& events) {
+    const std::scoped_lock lock(mutex_);
+    const std::chrono::milliseconds now = clock_();
+    Transaction transaction(database_);
+    const std::int64_t batch = ids_.next(now);
+    addBatch_.bind(1, batch)
+        .bind(2, applicationId(session.application))
+        .bind(3, now.count())
+        .bind(4, peerUser)
+        .bind(5, session.versionTag)
+        .bind(6, session.started)
+        .bind(7, session.applicationVersion)
+        .bind(8, session.id)
+        .bind(9, session.counter)
+        .bind(10, session.user)
+        .bind(11, session.device)
+        .bind(12, session.environment)
+        .run();
+    for (const JudgedEvent& event : events) {
+        addEvent(event, batch, now);
+    }
+    transaction.commit();
+}
+
+Store::Store(const std::filesystem::path& file, Clock clock)
+    : impl_(std::make_unique<Impl>(file, std::move(clock))) {}
+
+Store::~Store() = default;
+
+Registered Store::registerClass(std::string_view application, const DataClass& dataClass) {
+    return impl_->registerClass(application, dataClass);
+}
+
+std::optional<StoredClass> Store::latestClass(std::string_view application,
+                                              std::string_view identifier) {
+    return impl_->latestClass(application, identifier);
+}
+
+void Store::addBatch(const Session& session, std::uint32_t peerUser,
+                     const std::vector<JudgedEvent>& events) {
+    impl_->addBatch(session, peerUser, events);
+}
+
+}  // namespace Orvel::Service

@@ -1,0 +1,92 @@
+#ifndef ORVEL_SERVICE_STORE_H
+#define ORVEL_SERVICE_STORE_H
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "service/calendar.h"
+#include "service/data_class.h"
+#include "service/error_name.h"
+#include "service/sql.h"
+
+namespace Orvel::Service {
+
+/// The identity under which a batch of events was sent.
+struct Session {
+    std::string versionTag;
+    std::string started;
+    std::string application;
+    std::string applicationVersion;
+    std::string id;
+    /// The digits as they were written.
+    std::string counter;
+    std::string user;
+    std::string device;
+    std::string environment;
+};
+
+/// A data class as it is stored.
+struct StoredClass {
+    std::int64_t id = 0;
+    std::vector<Field> fields;
+};
+
+/// One event as it was judged. The texts are borrowed.
+struct JudgedEvent {
+    /// What was wrong; empty for a good event.
+    ErrorName error;
+    /// Where a bad event's fault is, as a JSON path.
+    std::string path;
+    /// A good event's values, or the whole of a bad event, as received.
+    std::string_view content;
+    /// The class that a bad event names, if it names one.
+    std::optional<std::string_view> className;
+    /// A good event's class, version and time.
+    std::int64_t dataClass = 0;
+    std::optional<std::string_view> version;
+    std::string_view time;
+};
+
+/// What becomes of a registration.
+enum class Registered {
+    kAccepted,
+    /// The same identifier and version are registered with other fields; nothing is changed.
+    kConflict,
+};
+
+/// The service's data, in one SQLite database. Whatever an operation has written is durable when it
+/// returns, and an operation that throws has written nothing.
+///
+/// Any thread; operations wait for each other. They block on the disk.
+class Store {
+  public:
+    /// Opens the database, or makes a new one.
+    /// @throws SqlError when it cannot be opened or is not this version's.
+    Store(const std::filesystem::path& file, Clock clock);
+    ~Store();
+
+    /// Makes a data class the latest one of its identifier. @throws SqlError
+    Registered registerClass(std::string_view application, const DataClass& dataClass);
+
+    /// The latest registration of an identifier by an application. @throws SqlError
+    std::optional<StoredClass> latestClass(std::string_view application,
+                                           std::string_view identifier);
+
+    /// Stores a batch with all its events, good and bad, or nothing of it. @throws SqlError
+    /// @param peerUser the user of this machine who sent the batch.
+    void addBatch(const Session& session, std::uint32_t peerUser,
+                  const std::vector<JudgedEvent>& events);
+
+  private:
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace Orvel::Service
+
+#endif

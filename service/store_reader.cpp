@@ -1,0 +1,113 @@
+#include "service/store_reader.h"
+
+#include "service/schema.h"
+
+namespace Orvel::Service {
+
+namespace {
+
+// The joins are crossed so that events come in the order of their identifiers without being sorted.
+constexpr const char* kGoodEvents = R"sql(
+    SELECT event.id AS id, received, peer_user, application.name, application_version, session,
+           session_counter, session_started, user, device, environment, identifier,
+           event.version, time, NULL, NULL, content
+    FROM event CROSS JOIN batch ON batch.id = batch_id
+               CROSS JOIN data_class ON data_class.id = data_class_id
+               CROSS JOIN application ON application.id = batch.application_id
+    WHERE (?1 IS NULL OR identifier = ?1) AND (?2 IS NULL OR application.name = ?2))sql";
+
+constexpr const char* kRefusedEvents = R"sql(
+    SELECT refused_event.id AS id, received, peer_user, application.name, application_version,
+           session, session_counter, session_started, user, device, environment, class,
+           NULL, NULL, error, path, content
+    FROM refused_event CROSS JOIN batch ON batch.id = batch_id
+                       CROSS JOIN application ON application.id = batch.application_id
+    WHERE (?1 IS NULL OR class = ?1) AND (?2 IS NULL OR application.name = ?2))sql";
+
+constexpr const char* kClasses = R"sql(
+    SELECT application.name, identifier, version, data_class.name, fields, first_registered,
+           last_registered,
+           registration = max(registration) OVER (PARTITION BY application_id, identifier)
+    FROM data_class JOIN application ON application.id = application_id
+    ORDER BY application.name, identifier, registration)sql";
+
+std::string queryOf(EventFilter::Kind kind) {
+    switch (kind) {
+        case EventFilter::Kind::kGood:
+            return kGoodEvents;
+        case EventFilter::Kind::kRefused:
+            return kRefusedEvents;
+        case EventFilter::Kind::kAll:
+            break;
+    }
+    return std::string(kGoodEvents) + " UNION ALL " + kRefusedEvents;
+}
+
+std::optional<std::string_view> optionalText(const Statement& statement, int column) {
+    return statement.isNull(column) ? std::nullopt : std::optional{statement.text(column)};
+}
+
+EventRow eventRow(const Statement& row) {
+    return {.id = row.integer(0),
+            .received = row.integer(1),
+            .peerUser = row.integer(2),
+            .application = row.text(3),
+            .applicationVersion = row.text(4),
+            .session = row.text(5),
+            .sessionCounter = row.text(6),
+            .sessionStarted = row.text(7),
+            .user = row.text(8),
+            .device = row.text(9),
+            .environment = row.text(10),
+            .className = optionalText(row, 11),
+            .version = optionalText(row, 12),
+            .time = row.text(13),
+            .error = row.text(14),
+            .path = row.text(15),
+            .content = row.text(16)};
+}
+
+void bindFilter(Statement& statement, const EventFilter& filter) {
+    statement.bindOptional(1, filter.className).bindOptional(2, filter.application);
+}
+
+}  // namespace
+
+StoreReader::StoreReader(const std::filesystem::path& file)
+    : database_(file, Database::Access::kReadOnly) {
+    database_.execute("PRAGMA busy_timeout = 5000");
+    checkSchema(database_);
+}
+
+void StoreReader::forEachEvent(const EventFilter& filter,
+                               const std::function<void(const EventRow&)>& visit) {
+    Statement events(database_, queryOf(filter.kind) + " ORDER BY id LIMIT ?3");
+    bindFilter(events, filter);
+    events.bind(3, filter.limit.value_or(-1));
+    while (events.step()) {
+        visit(eventRow(events));
+    }
+}
+
+std::int64_t StoreReader::countEvents(const EventFilter& filter) {
+    Statement count(database_, "SELECT count(*) FROM (" + queryOf(filter.kind) + ")");
+    bindFilter(count, filter);
+    count.step();
+    return count.integer(0);
+}
+
+void StoreReader::forEachClass(const std::function<void(const ClassRow&)>& visit) {
+    Statement classes(database_, kClasses);
+    while (classes.step()) {
+        visit({.application = classes.text(0),
+               .id = classes.text(1),
+               .version = classes.text(2),
+               .name = classes.text(3),
+               .fields = classes.text(4),
+               .firstRegistered = classes.integer(5),
+               .lastRegistered = classes.integer(6),
+               .latest = classes.integer(7) != 0});
+    }
+}
+
+}  // namespace Orvel::Service
