@@ -1,6 +1,5 @@
 #include "service/command.h"
 
-#include <algorithm>
 #include <array>
 
 namespace Orvel::Service {
@@ -17,29 +16,22 @@ constexpr std::array kClientTokens = {Tokens::kConnect,
                                       WideStringView{u"::SET_CONSENT::"},
                                       WideStringView{u"::GET_PRIVACY_DOCUMENTS::"}};
 
-bool isTokenCharacter(Relay::WideChar unit) {
-    return (unit >= u'A' && unit <= u'Z') || (unit >= u'0' && unit <= u'9') || unit == u'_';
-}
-
 Command splitAt(WideStringView text, std::size_t begin, std::size_t length) {
     return {text.substr(0, begin), text.substr(begin, length), text.substr(begin + length)};
 }
 
-/// What follows the connection's own name, when that is a text of a token's form.
+/// A token that anybody knows, directly after the connection's own name.
 std::optional<Command> splitAfterName(WideStringView text, WideStringView name) {
     if (name.empty() || !text.starts_with(name)) {
         return std::nullopt;
     }
     const WideStringView after = text.substr(name.size());
-    if (!after.starts_with(kColons)) {
-        return std::nullopt;
+    for (const WideStringView token : kClientTokens) {
+        if (after.starts_with(token)) {
+            return splitAt(text, name.size(), token.size());
+        }
     }
-    const auto end = std::find_if_not(after.begin() + 2, after.end(), isTokenCharacter);
-    const auto length = static_cast<std::size_t>(end - after.begin());
-    if (length == kColons.size() || !after.substr(length).starts_with(kColons)) {
-        return std::nullopt;
-    }
-    return splitAt(text, name.size(), length + kColons.size());
+    return std::nullopt;
 }
 
 std::optional<Command> splitAtKnownToken(WideStringView text) {
@@ -54,8 +46,9 @@ std::optional<Command> splitAtKnownToken(WideStringView text) {
 }
 
 /// Double colons around anything: the best guess at a token that nobody knows.
-std::optional<Command> splitAtColons(WideStringView text) {
-    const std::size_t begin = text.find(kColons);
+std::optional<Command> splitAtColons(WideStringView text, WideStringView name) {
+    const bool isOwn = text.starts_with(name) && text.substr(name.size()).starts_with(kColons);
+    const std::size_t begin = isOwn ? name.size() : text.find(kColons);
     if (begin == WideStringView::npos) {
         return std::nullopt;
     }
@@ -69,18 +62,16 @@ std::optional<Command> splitAtColons(WideStringView text) {
 }  // namespace
 
 std::optional<Command> splitCommand(WideStringView text, WideStringView connected) {
-    auto command = splitAfterName(text, connected);
-    if (command && (command->token != Tokens::kConnect || command->payload.empty())) {
-        return command;
+    const auto own = splitAfterName(text, connected);
+    if (own && own->token != Tokens::kConnect) {
+        return own;
     }
+    // A handshake has no payload, so its token is at the end whatever the name before it holds.
     if (text.ends_with(Tokens::kConnect)) {
         return splitAt(text, text.size() - Tokens::kConnect.size(), Tokens::kConnect.size());
     }
-    if (command) {
-        return command;
-    }
-    command = splitAtKnownToken(text);
-    return command ? command : splitAtColons(text);
+    const auto known = splitAtKnownToken(text);
+    return known ? known : splitAtColons(text, connected);
 }
 
 }  // namespace Orvel::Service

@@ -31,7 +31,7 @@ constexpr const char* kClasses = R"sql(
     FROM data_class JOIN application ON application.id = application_id
     ORDER BY application.name, identifier, registration)sql";
 
-std::string queryOf(EventFilter::Kind kind) {
+std::string selectionOf(EventFilter::Kind kind) {
     switch (kind) {
         case EventFilter::Kind::kGood:
             return kGoodEvents;
@@ -73,6 +73,10 @@ void bindFilter(Statement& statement, const EventFilter& filter) {
 
 }  // namespace
 
+std::string eventQuery(EventFilter::Kind kind) {
+    return selectionOf(kind) + " ORDER BY id LIMIT ?3";
+}
+
 StoreReader::StoreReader(const std::filesystem::path& file)
     : database_(file, Database::Access::kReadOnly) {
     database_.execute("PRAGMA busy_timeout = 5000");
@@ -81,7 +85,7 @@ StoreReader::StoreReader(const std::filesystem::path& file)
 
 void StoreReader::forEachEvent(const EventFilter& filter,
                                const std::function<void(const EventRow&)>& visit) {
-    Statement events(database_, queryOf(filter.kind) + " ORDER BY id LIMIT ?3");
+    Statement events(database_, eventQuery(filter.kind));
     bindFilter(events, filter);
     events.bind(3, filter.limit.value_or(-1));
     while (events.step()) {
@@ -90,7 +94,7 @@ void StoreReader::forEachEvent(const EventFilter& filter,
 }
 
 std::int64_t StoreReader::countEvents(const EventFilter& filter) {
-    Statement count(database_, "SELECT count(*) FROM (" + queryOf(filter.kind) + ")");
+    Statement count(database_, "SELECT count(*) FROM (" + selectionOf(filter.kind) + ")");
     bindFilter(count, filter);
     count.step();
     return count.integer(0);

@@ -17,10 +17,10 @@ struct EventFilter {
     enum class Kind { kAll, kGood, kRefused };
 
     Kind kind = Kind::kAll;
-    std::optional<std::string> className;
-    std::optional<std::string> application;
+    std::optional<std::string> className = std::nullopt;
+    std::optional<std::string> application = std::nullopt;
     /// At most so many, the oldest first.
-    std::optional<std::int64_t> limit;
+    std::optional<std::int64_t> limit = std::nullopt;
 };
 
 /// One event with the batch that it came in. The texts are borrowed.
@@ -58,6 +58,9 @@ struct ClassRow {
     /// Whether events of this identifier are judged by this registration.
     bool latest = false;
 };
+
+/// The statement that lists events of a kind; its parameters are class, application and limit.
+std::string eventQuery(EventFilter::Kind kind);
 
 /// Looks at the data, also while a service writes it. Every operation sees one moment of the data
 /// and holds one row at a time. Used by one thread at a time.

@@ -1,0 +1,134 @@
+#include "service/json.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "service/error_name.h"
+#include "service/json_path.h"
+#include "service/json_text.h"
+
+namespace Orvel::Service {
+namespace {
+
+using namespace std::string_literals;
+
+bool isObject(const std::string& text) {
+    try {
+        JsonDocument::parseObject(text);
+        return true;
+    } catch (const Refusal& refusal) {
+        EXPECT_EQ(refusal.name(), ErrorNames::kMalformedJson);
+        return false;
+    }
+}
+
+std::size_t compactLength(const std::string& value) {
+    const std::string text = R"({"v":)" + value + "}";
+    return JsonDocument::parseObject(text).root().member("v").value.compactLength();
+}
+
+TEST(JsonTest, AcceptsOneObjectAndNothingElse) {
+    EXPECT_TRUE(isObject("{}"));
+    EXPECT_TRUE(isObject(" {\"a\" : [1, {}] }\n"));
+    for (const std::string text :
+         {"", " ", "[]", "1", "\"{}\"", "null", "{", "{}x", "{} {}", "{\"a\":1,}", "{\"a\":01}",
+          "{'a':1}", "{\"a\":NaN}", "/**/{}", "\xEF\xBB\xBF{}", "{\"a\":\"\n\"}",
+          "{\"a\":\"\\ud800\"}", "{\"a\":\"\xFF\"}"}) {
+        EXPECT_FALSE(isObject(text)) << text;
+    }
+}
+
+TEST(JsonTest, ReadsAsManyLevelsAsItSays) {
+    const auto nested = [](std::size_t levels) {
+        return R"({"a":)" + std::string(levels - 1, '[') + std::string(levels - 1, ']') + "}";
+    };
+    EXPECT_TRUE(isObject(nested(kDeepestJson)));
+    EXPECT_FALSE(isObject(nested(kDeepestJson + 1)));
+    EXPECT_FALSE(isObject(std::string(1'000'000, '[')));
+}
+
+TEST(JsonTest, BracketsInStringsAreNoLevels) {
+    EXPECT_TRUE(isObject(R"({"a":")" + std::string(5000, '[') + R"(\")" +
+                         std::string(5000, '{') + "\"}"));
+}
+
+TEST(JsonTest, LastOfTwoEqualNamesCounts) {
+    const JsonDocument document = JsonDocument::parseObject(R"({"a":1,"b":2,"\u0061":3})");
+    const auto member = document.root().member("a");
+    EXPECT_EQ(member.value.number(), "3");
+    EXPECT_EQ(member.index, 2U);
+}
+
+TEST(JsonTest, NumbersKeepEveryDigit) {
+    const std::string digits = "-123456789012345678901234567890.50e+0100";
+    const JsonDocument document = JsonDocument::parseObject(R"({"a":)" + digits + "}");
+    EXPECT_EQ(document.root().member("a").value.number(), digits);
+}
+
+TEST(JsonTest, StringsKeepNulCharacters) {
+    const JsonDocument document = JsonDocument::parseObject(R"({"a":"x\u0000y"})");
+    EXPECT_EQ(document.root().member("a").value.string(), "x\0y"s);
+}
+
+TEST(JsonTest, CompactLengthIsThatOfTheRewrittenText) {
+    EXPECT_EQ(compactLength(R"("")"), 2U);
+    EXPECT_EQ(compactLength(R"("abc")"), 5U);
+    EXPECT_EQ(compactLength(R"("\/\u0041")"), 4U);
+    EXPECT_EQ(compactLength(R"("\"\\\b\f\n\r\t")"), 16U);
+    EXPECT_EQ(compactLength(R"("\u0001")"), 8U);
+    EXPECT_EQ(compactLength(R"("\u0000")"), 8U);
+    EXPECT_EQ(compactLength("\"\u007F\u0080\u00E9\u4E2D\uFFFF\""), 7U);
+    EXPECT_EQ(compactLength("\"\U0001F600\""), 4U);
+    EXPECT_EQ(compactLength(R"("\ud83d\ude00")"), 4U);
+    EXPECT_EQ(compactLength("12345"), 5U);
+    EXPECT_EQ(compactLength("true"), 4U);
+    EXPECT_EQ(compactLength("false"), 5U);
+    EXPECT_EQ(compactLength("null"), 4U);
+    EXPECT_EQ(compactLength("[ ]"), 2U);
+    EXPECT_EQ(compactLength("[ 1 ]"), 3U);
+    EXPECT_EQ(compactLength("[ 1 , 22 , \"x\" ]"), 10U);
+    EXPECT_EQ(compactLength("{ }"), 2U);
+    EXPECT_EQ(compactLength(R"({ "a" : 1 , "b" : [ ] })"), 14U);
+    EXPECT_EQ(compactLength(R"({"a":12345,"\u0061":1})"), 7U);
+}
+
+TEST(JsonTest, CursorFindsTheVeryCharactersOfElements) {
+    const std::string text =
+        R"( { "x" : "\"]" , "list" : [ 1 , "a\\" ,{ "k" : [ "}" ] } , -2.5e3, [ ],null ] } )";
+    JsonCursor cursor(text);
+    cursor.enterMember(1);
+    cursor.enterArray();
+    EXPECT_EQ(cursor.takeElement(), "1");
+    EXPECT_EQ(cursor.takeElement(), R"("a\\")");
+    EXPECT_EQ(cursor.takeElement(), R"({ "k" : [ "}" ] })");
+    EXPECT_EQ(cursor.takeElement(), "-2.5e3");
+    EXPECT_EQ(cursor.takeElement(), "[ ]");
+    EXPECT_EQ(cursor.takeElement(), "null");
+}
+
+TEST(JsonTest, CursorEntersAMemberBehindValuesOfEveryKind) {
+    const std::string text = R"({"a":1,"b":"x","c":{"d":[]},"e":true ,"f":[9]})";
+    JsonCursor cursor(text);
+    cursor.enterMember(4);
+    cursor.enterArray();
+    EXPECT_EQ(cursor.takeElement(), "9");
+}
+
+TEST(JsonTest, StringsAreWrittenWithOnlyTheEscapesThatMustBe) {
+    std::string out;
+    appendJsonString(out, "a\"\\/\n\x01\u4E2D\0z"s);
+    EXPECT_EQ(out, "\"a\\\"\\\\/\\n\\u0001\u4E2D\\u0000z\"");
+}
+
+TEST(JsonTest, PathNamesWhatIsNoPlainNameInQuotes) {
+    std::string path = "$";
+    appendPathMember(path, "Evt_1");
+    appendPathMember(path, "1st");
+    appendPathMember(path, "");
+    appendPathMember(path, "a'b\"\\\n\u4E2D");
+    EXPECT_EQ(path, "$.Evt_1['1st']['']['a\\'b\"\\\\\\n\u4E2D']");
+}
+
+}  // namespace
+}  // namespace Orvel::Service
