@@ -45,6 +45,8 @@ TEST(CommandTest, NameThatGoesOnIsAnotherName) {
                 u"{}");
     expectSplit(u"My::App::COLLECT_DATACLASS::{}", u"My", u"My::App", u"::COLLECT_DATACLASS::",
                 u"{}");
+    expectSplit(u"My::APP::COLLECT_DATACLASS::{}", u"My", u"My::APP", u"::COLLECT_DATACLASS::",
+                u"{}");
     expectSplit(u"My::CONNECT_APP::::CONNECT_APP::", u"My", u"My::CONNECT_APP::",
                 u"::CONNECT_APP::", u"");
 }
@@ -56,9 +58,8 @@ TEST(CommandTest, UnknownTokenIsFoundByItsColons) {
     expectSplit(u"::::", u"", u"", u"::::", u"");
 }
 
-TEST(CommandTest, UnknownTokenAfterTheKnownNameWinsOverAKnownOneInThePayload) {
-    expectSplit(u"a::NEW_THING::{\"k\":\"::COLLECT_DATACLASS::\"}", u"a", u"a", u"::NEW_THING::",
-                u"{\"k\":\"::COLLECT_DATACLASS::\"}");
+TEST(CommandTest, KnownNameIsMatchedWholeBeforeAnUnknownToken) {
+    expectSplit(u"a::b::NEW_THING::{}", u"a::b", u"a::b", u"::NEW_THING::", u"{}");
 }
 
 TEST(CommandTest, TextWithoutATokenIsNoCommand) {

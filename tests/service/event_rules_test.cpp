@@ -81,10 +81,10 @@ TEST(EventRulesTest, VarcharLimitIsCarriedToALaterTypeWithoutDigits) {
                                 field("c", "varchar")};
     EXPECT_EQ(broken(fields, R"({"a":"x","b":"12345","c":"123456"})"), "c");
     EXPECT_EQ(broken(fields, R"({"b":"123456","c":"1234567"})"), "") << "an absent one sets none";
-    EXPECT_EQ(broken({field("a", "varchar(5)"), field("x", "varchar(9999999999)"),
-                      field("b", "varchar")},
-                     R"({"a":"x","x":"","b":"123456"})"),
-              "");
+    EXPECT_EQ(
+        broken({field("a", "varchar(5)"), field("x", "varchar(9999999999)"), field("b", "varchar")},
+               R"({"a":"x","x":"","b":"123456"})"),
+        "");
 }
 
 TEST(EventRulesTest, FieldThatIsNotNullableMustHaveAValue) {

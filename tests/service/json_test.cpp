@@ -49,8 +49,8 @@ TEST(JsonTest, ReadsAsManyLevelsAsItSays) {
 }
 
 TEST(JsonTest, BracketsInStringsAreNoLevels) {
-    EXPECT_TRUE(isObject(R"({"a":")" + std::string(5000, '[') + R"(\")" +
-                         std::string(5000, '{') + "\"}"));
+    EXPECT_TRUE(
+        isObject(R"({"a":")" + std::string(5000, '[') + R"(\")" + std::string(5000, '{') + "\"}"));
 }
 
 TEST(JsonTest, LastOfTwoEqualNamesCounts) {

@@ -1,0 +1,180 @@
+#include "service/store.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "service/schema.h"
+#include "service/store_reader.h"
+#include "support/temporary_folder.h"
+
+namespace Orvel::Service {
+namespace {
+
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class StoreTest : public testing::Test {
+  protected:
+    std::unique_ptr<Store> open() {
+        return std::make_unique<Store>(file_, [this] { return now_; });
+    }
+
+    static JudgedEvent good(const StoredClass& owner, std::string_view content) {
+        JudgedEvent event;
+        event.content = content;
+        event.dataClass = owner.id;
+        event.time = "20240131T235959";
+        return event;
+    }
+
+    static DataClass dataClass(const std::string& version = "1", std::vector<Field> fields = {}) {
+        return {.name = "An event", .id = "Evt", .version = version, .fields = std::move(fields)};
+    }
+
+    std::vector<std::string> contents(const EventFilter& filter = {}) {
+        std::vector<std::string> found;
+        StoreReader(file_).forEachEvent(
+            filter, [&found](const EventRow& row) { found.emplace_back(row.content); });
+        return found;
+    }
+
+    std::string failureOfOpening() {
+        try {
+            open();
+        } catch (const SqlError& error) {
+            return error.what();
+        }
+        return "(none)";
+    }
+
+    Support::TemporaryFolder folder_;
+    std::filesystem::path file_ = folder_.path() / "analytics.db";
+    std::chrono::milliseconds now_{1'700'000'000'000};
+    Session session_{.versionTag = "",
+                     .started = "",
+                     .application = "App",
+                     .applicationVersion = "",
+                     .id = "",
+                     .counter = "0",
+                     .user = "",
+                     .device = "",
+                     .environment = ""};
+};
+
+TEST_F(StoreTest, KeepsEverythingWhenItIsOpenedAgain) {
+    const std::vector<Field> fields = {{"a\0b"s, "\"n\"\n", "", "varchar(3)"}, {"c", "", "x", ""}};
+    {
+        const auto store = open();
+        ASSERT_EQ(store->registerClass("App", dataClass("1", fields)), Registered::kAccepted);
+        const auto known = store->latestClass("App", "Evt");
+        ASSERT_TRUE(known);
+        store->addBatch(session_, 0, {good(*known, "{}")});
+    }
+    const auto known = open()->latestClass("App", "Evt");
+    ASSERT_TRUE(known);
+    EXPECT_EQ(known->fields, fields);
+    EXPECT_THAT(contents(), ElementsAre("{}"));
+}
+
+TEST_F(StoreTest, KeepsNulCharactersInNamesApart) {
+    const auto store = open();
+    store->registerClass("App\0x"s, dataClass());
+    EXPECT_FALSE(store->latestClass("App", "Evt"));
+    EXPECT_FALSE(store->latestClass("App\0y"s, "Evt"));
+    EXPECT_TRUE(store->latestClass("App\0x"s, "Evt"));
+}
+
+TEST_F(StoreTest, LatestRegistrationIsTheOneMadeLast) {
+    const auto store = open();
+    const auto register_ = [&](const std::string& version, const std::string& id) {
+        return store->registerClass("App", dataClass(version, {{id, "", "", ""}}));
+    };
+    EXPECT_EQ(register_("1", "a"), Registered::kAccepted);
+    EXPECT_EQ(register_("2", "b"), Registered::kAccepted);
+    EXPECT_EQ(store->latestClass("App", "Evt")->fields[0].id, "b");
+    EXPECT_EQ(register_("1", "a"), Registered::kAccepted);
+    EXPECT_EQ(store->latestClass("App", "Evt")->fields[0].id, "a");
+    EXPECT_EQ(register_("2", "c"), Registered::kConflict);
+    EXPECT_EQ(store->latestClass("App", "Evt")->fields[0].id, "a");
+}
+
+TEST_F(StoreTest, ListsEventsInTheirOrderAlsoWhenTheClockGoesBack) {
+    const auto store = open();
+    store->registerClass("App", dataClass());
+    const auto known = store->latestClass("App", "Evt").value();
+    JudgedEvent bad;
+    bad.error = ErrorNames::kMalformedJson;
+    bad.content = "2";
+    store->addBatch(session_, 0, {good(known, "1"), bad, good(known, "3")});
+    now_ -= std::chrono::hours{1};
+    store->addBatch(session_, 0, {good(known, "4")});
+    EXPECT_THAT(contents(), ElementsAre("1", "2", "3", "4"));
+    EXPECT_THAT(contents({.kind = EventFilter::Kind::kGood}), ElementsAre("1", "3", "4"));
+    EXPECT_THAT(contents({.kind = EventFilter::Kind::kRefused}), ElementsAre("2"));
+    EXPECT_THAT(contents({.limit = 2}), ElementsAre("1", "2"));
+}
+
+TEST_F(StoreTest, FiltersByClassAndApplication) {
+    const auto store = open();
+    store->registerClass("App", dataClass());
+    JudgedEvent bad;
+    bad.error = ErrorNames::kUnregisteredDataclass;
+    bad.className = "Other";
+    bad.content = "bad";
+    store->addBatch(session_, 0, {good(store->latestClass("App", "Evt").value(), "good"), bad});
+    EXPECT_THAT(contents({.className = "Evt"}), ElementsAre("good"));
+    EXPECT_THAT(contents({.className = "Other"}), ElementsAre("bad"));
+    EXPECT_THAT(contents({.application = "App"}), ElementsAre("good", "bad"));
+    EXPECT_THAT(contents({.application = "Nobody"}), ElementsAre());
+    EXPECT_EQ(StoreReader(file_).countEvents({}), 2);
+    EXPECT_EQ(StoreReader(file_).countEvents({.className = "Other"}), 1);
+}
+
+TEST_F(StoreTest, ListsEventsWithoutSortingThem) {
+    open();
+    Database database(file_, Database::Access::kReadWrite);
+    for (const auto kind :
+         {EventFilter::Kind::kAll, EventFilter::Kind::kGood, EventFilter::Kind::kRefused}) {
+        Statement plan(database, "EXPLAIN QUERY PLAN " + eventQuery(kind));
+        while (plan.step()) {
+            EXPECT_THAT(std::string(plan.text(3)), testing::Not(HasSubstr("TEMP B-TREE")));
+        }
+    }
+}
+
+TEST_F(StoreTest, RefusesDataOfANewerVersion) {
+    open();
+    Database(file_, Database::Access::kReadWrite).execute("PRAGMA user_version = 99");
+    EXPECT_THAT(failureOfOpening(), HasSubstr("newer version"));
+    EXPECT_THROW(StoreReader{file_}, SqlError);
+}
+
+TEST_F(StoreTest, RefusesAnotherProgramsDatabase) {
+    Database(file_, Database::Access::kReadWrite).execute("CREATE TABLE theirs(x)");
+    EXPECT_THAT(failureOfOpening(), HasSubstr("not a database of this program"));
+    EXPECT_THROW(StoreReader{file_}, SqlError);
+}
+
+TEST_F(StoreTest, WritesDurably) {
+    open();
+    Database database(file_, Database::Access::kReadOnly);
+    Statement mode(database, "PRAGMA journal_mode");
+    ASSERT_TRUE(mode.step());
+    EXPECT_EQ(mode.text(0), "wal");
+}
+
+TEST_F(StoreTest, ReadersSeeWhatIsStoredWhileItIsOpen) {
+    const auto store = open();
+    store->registerClass("App", dataClass());
+    StoreReader reader(file_);
+    EXPECT_EQ(reader.countEvents({}), 0);
+    store->addBatch(session_, 0, {good(store->latestClass("App", "Evt").value(), "{}")});
+    EXPECT_EQ(reader.countEvents({}), 1);
+}
+
+}  // namespace
+}  // namespace Orvel::Service
