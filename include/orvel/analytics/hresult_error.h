@@ -42,16 +42,16 @@ class ORVEL_ANALYTICS_EXPORT hresult_error : public std::exception {
 };
 
 /// Declares the error of one well-known status.
-#define ORVEL_DECLARE_HRESULT_ERROR(name, status)                       \
-    class ORVEL_ANALYTICS_EXPORT name : public hresult_error {          \
-      public:                                                           \
-        /** The status of every error of this class. */                 \
-        static constexpr std::uint32_t kStatus = (status);              \
-        /** @param message what failed, in words for a person. */       \
-        explicit name(const std::string& message);                      \
-        name(const name&) = default;                                    \
-        name& operator=(const name&) = default;                         \
-        ~name() override;                                               \
+#define ORVEL_DECLARE_HRESULT_ERROR(name, status)                 \
+    class ORVEL_ANALYTICS_EXPORT name : public hresult_error {    \
+      public:                                                     \
+        /** The status of every error of this class. */           \
+        static constexpr std::uint32_t kStatus = (status);        \
+        /** @param message what failed, in words for a person. */ \
+        explicit name(const std::string& message);                \
+        name(const name&) = default;                              \
+        name& operator=(const name&) = default;                   \
+        ~name() override;                                         \
     }
 
 /// Access denied (E_ACCESSDENIED).

@@ -72,9 +72,10 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     ///     well-formed UTF-16 and nested at most 1,024 deep. Other members are carried along;
     ///     members "DT" and "V" are replaced by the event's time and version.
     /// @return `Success` when the event is queued, otherwise the first rule that it breaks, and
-    ///     nothing is queued: `EmptyEvent`, `MalformedJson`, `GenericError` (the value of an integer
-    ///     field), `FieldValueTooLong`, `NullValueNotAllowed`.
-    /// @throws std::out_of_range when a varchar type's length is not within 32 bits; std::bad_alloc,
+    ///     nothing is queued: `EmptyEvent`, `MalformedJson`, `GenericError` (the value of an
+    ///     integer field), `FieldValueTooLong`, `NullValueNotAllowed`.
+    /// @throws std::out_of_range when a varchar type's length is not within 32 bits;
+    /// std::bad_alloc,
     ///     std::length_error. Nothing is queued then.
     Orvel::Analytics::Emitters::AnalyticsResult CollectEvent(
         Orvel::Analytics::DataClass::BaseDataClass* dataClass, Orvel::WideString event);

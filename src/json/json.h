@@ -1,0 +1,128 @@
+#ifndef ORVEL_JSON_JSON_H
+#define ORVEL_JSON_JSON_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "orvel/analytics/text.h"
+
+/// The JSON documents that the library builds and reads: one interface, one backend a platform.
+///
+/// A `Document` owns every value made or parsed in it; the other classes are handles, copied freely
+/// and valid for as long as their document lives. A value that has been set or appended is part of
+/// its container and is not changed any more. A document is used by one thread.
+///
+/// Every operation raises its failure at once: `hresult_error` with the failing status, or
+/// `std::bad_alloc`.
+namespace Orvel::Analytics::Json {
+
+class Array;
+class Document;
+class Object;
+
+/// A value of any JSON type; a JSON null is a value too.
+class Value {
+  public:
+    /// The value as compact JSON text, nested values included.
+    [[nodiscard]] WideString stringify() const;
+
+  protected:
+    friend class Document;
+    friend class Object;
+    friend class Array;
+    friend class ObjectView;
+
+    Value(Document& document, void* node) : document_(&document), node_(node) {}
+
+    Document* document_;
+    void* node_;  // The backend's own value.
+};
+
+/// The read-only view of an object as a map from name to value.
+class ObjectView {
+  public:
+    [[nodiscard]] bool hasKey(WideStringView name) const;
+
+    /// The value of a present member, or nothing when the platform has no value object for it.
+    [[nodiscard]] std::optional<Value> lookup(WideStringView name) const;
+
+  private:
+    friend class Object;
+    explicit ObjectView(const Value& object) : object_(object) {}
+
+    Value object_;
+};
+
+/// A JSON object. Its members keep the order in which they came.
+class Object : public Value {
+  public:
+    /// Adds a member, or replaces the value of the member of that name.
+    void setNamedValue(WideStringView name, const Value& value);
+
+    [[nodiscard]] WideString getNamedString(WideStringView name) const;
+    [[nodiscard]] bool getNamedBoolean(WideStringView name) const;
+    [[nodiscard]] Object getNamedObject(WideStringView name) const;
+    [[nodiscard]] Array getNamedArray(WideStringView name) const;
+
+    [[nodiscard]] std::uint32_t size() const;
+    [[nodiscard]] ObjectView getView() const;
+
+  private:
+    friend class Document;
+    using Value::Value;
+};
+
+/// A JSON array.
+class Array : public Value {
+  public:
+    void append(const Value& value);
+
+    [[nodiscard]] std::uint32_t size() const;
+    [[nodiscard]] Value getAt(std::uint32_t index) const;
+
+  private:
+    friend class Document;
+    friend class Object;
+    using Value::Value;
+};
+
+/// The owner of the values of one document.
+class Document {
+  public:
+    Document();
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+    ~Document();
+
+    [[nodiscard]] Object newObject();
+    [[nodiscard]] Array newArray();
+
+    /// Parses one JSON object (RFC 8259): well-formed UTF-16, nested at most 1,024 deep. Of members
+    /// with equal names the last one's value survives. Numbers keep their spelling where the
+    /// platform allows it.
+    [[nodiscard]] Object parseObject(WideStringView text);
+
+    /// A string that holds `text` code unit for code unit, unpaired surrogates included.
+    [[nodiscard]] Value stringValue(WideStringView text);
+
+    /// @param number a finite number, written in its shortest form.
+    [[nodiscard]] Value numberValue(double number);
+
+    /// An object that this layer serialised earlier.
+    /// @param text the object's text, which outlives the document.
+    [[nodiscard]] Value serialisedObject(WideStringView text);
+
+  private:
+    friend class Value;
+    friend class Object;
+    friend class Array;
+    friend class ObjectView;
+    struct Impl;
+
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace Orvel::Analytics::Json
+
+#endif

@@ -1,0 +1,16 @@
+#ifndef ORVEL_TEXT_LOCAL_TIME_H
+#define ORVEL_TEXT_LOCAL_TIME_H
+
+#include <cstdint>
+#include <ctime>
+#include <optional>
+
+namespace Orvel::Analytics::Text {
+
+/// A time in seconds since 1970-01-01 00:00 UTC as the calendar time of the process's time zone, or
+/// nothing when the platform cannot convert it.
+std::optional<std::tm> toLocalTime(std::int64_t time);
+
+}  // namespace Orvel::Analytics::Text
+
+#endif
