@@ -1,0 +1,119 @@
+/// What the portable backend promises beyond the platform's.
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "json/json.h"
+#include "json/portable/arena.h"
+#include "json/raise.h"
+#include "orvel/analytics/hresult_error.h"
+
+namespace {
+
+using Orvel::WideString;
+using namespace Orvel::Analytics::Json;
+
+WideString reserialised(Orvel::WideStringView text) {
+    Document document;
+    return document.parseObject(text).stringify();
+}
+
+TEST(PortableJson, KeepsNumbersAsWritten) {
+    const WideString text =
+        ORVEL_TEXT("{\"a\":1.50,\"b\":1e10,\"c\":-0,\"d\":12345678901234567890123,\"e\":1E+2}");
+    EXPECT_EQ(reserialised(text), text);
+}
+
+TEST(PortableJson, KeepsTheOrderOfMembers) {
+    const WideString text = ORVEL_TEXT("{\"z\":1,\"a\":2,\"m\":{\"y\":1,\"b\":2}}");
+    EXPECT_EQ(reserialised(text), text);
+}
+
+TEST(PortableJson, KeepsUnpairedSurrogatesOfAStringValue) {
+    const WideString text =
+        WideString(1, 0xD800) + ORVEL_TEXT("a") + WideString(2, 0xDFFF) + WideString(1, 0xD83D);
+    Document document;
+    Object object = document.newObject();
+    object.setNamedValue(text, document.stringValue(text));
+    EXPECT_EQ(object.getNamedString(text), text);
+    EXPECT_EQ(object.stringify(),
+              ORVEL_TEXT("{\"") + text + ORVEL_TEXT("\":\"") + text + ORVEL_TEXT("\"}"));
+}
+
+TEST(PortableJson, WritesDoublesInTheirShortestForm) {
+    Document document;
+    EXPECT_EQ(document.numberValue(0.1).stringify(), ORVEL_TEXT("0.1"));
+    EXPECT_EQ(document.numberValue(1e300).stringify(), ORVEL_TEXT("1e+300"));
+}
+
+TEST(PortableJson, RefusesToWriteWhatIsNoFiniteNumber) {
+    Document document;
+    for (const double number :
+         {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+          std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_THROW(static_cast<void>(document.numberValue(number)),
+                     Orvel::Analytics::hresult_invalid_argument);
+    }
+}
+
+TEST(PortableJson, EscapesControlCharactersInTheShortestForm) {
+    WideString controls;
+    for (Orvel::WideChar unit = 0; unit < 0x20; ++unit) {
+        controls += unit;
+    }
+    Document document;
+    EXPECT_EQ(document.stringValue(controls + ORVEL_TEXT("/\u007F")).stringify(),
+              ORVEL_TEXT("\"\\u0000\\u0001\\u0002\\u0003\\u0004\\u0005\\u0006\\u0007\\b\\t\\n"
+                         "\\u000B\\f\\r\\u000E\\u000F\\u0010\\u0011\\u0012\\u0013\\u0014\\u0015"
+                         "\\u0016\\u0017\\u0018\\u0019\\u001A\\u001B\\u001C\\u001D\\u001E\\u001F"
+                         "/\u007F\""));
+}
+
+TEST(PortableJson, SerialisesDeeperThanItParses) {
+    WideString deep = ORVEL_TEXT("{\"a\":");
+    deep.append(1023, '[').append(1023, ']').append(1, '}');
+    Document document;
+    const Object parsed = document.parseObject(deep);
+    Object outer = document.newObject();
+    outer.setNamedValue(ORVEL_TEXT("o"), parsed);
+    EXPECT_EQ(outer.stringify(), ORVEL_TEXT("{\"o\":") + deep + ORVEL_TEXT("}"));
+}
+
+TEST(Arena, HandsOutAlignedMemoryOfAnySize) {
+    Arena arena;
+    for (const std::size_t size : {1U, 7U, 4000U, 100U, 1'000'000U, 16U}) {
+        char* const block = arena.allocate(size);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignof(std::max_align_t), 0U);
+        std::fill(block, block + size, 'x');
+    }
+}
+
+TEST(Arena, GrowsTheLastBlockInPlaceAndMovesAnyOther) {
+    Arena arena;
+    const yyjson_alc allocator = arena.allocator();
+    auto* const first = static_cast<char*>(allocator.malloc(allocator.ctx, 16));
+    first[0] = 'x';
+    EXPECT_EQ(allocator.realloc(allocator.ctx, first, 16, 64), first);
+    allocator.malloc(allocator.ctx, 16);
+    auto* const moved = static_cast<char*>(allocator.realloc(allocator.ctx, first, 64, 128));
+    EXPECT_NE(moved, first);
+    EXPECT_EQ(moved[0], 'x');
+}
+
+TEST(Arena, TakesBackTheLastBlock) {
+    Arena arena;
+    const yyjson_alc allocator = arena.allocator();
+    void* const first = allocator.malloc(allocator.ctx, 16);
+    allocator.free(allocator.ctx, first);
+    EXPECT_EQ(allocator.malloc(allocator.ctx, 32), first);
+}
+
+TEST(Arena, TellsTheEngineOfARequestBeyondMemory) {
+    Arena arena;
+    const yyjson_alc allocator = arena.allocator();
+    EXPECT_EQ(allocator.malloc(allocator.ctx, std::numeric_limits<std::size_t>::max()), nullptr);
+    EXPECT_THROW(arena.allocate(std::numeric_limits<std::size_t>::max()), std::bad_alloc);
+}
+
+}  // namespace
