@@ -27,7 +27,7 @@ runDemo() {
 
     requirePackages "${buildPackages[@]}"
     say "Building"
-    buildPreset release orvel-analyticsd orvel-analytics package_history
+    buildPreset release orvel-analyticsd orvel-tool package_history
     trap stopService EXIT
     startService
     if [ -n "$events" ]; then
