@@ -21,6 +21,11 @@ a command.
 
 /// Answers `--help`, `--version` and a command line that cannot be used.
 ExitStatus answer(const CLI::App& app, const CLI::ParseError& outcome, Console& console) {
+    const auto unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty()) {
+        throw Failure(ExitStatus::Usage,
+                      "there is no command \"" + unknown.front() + "\"; see --help");
+    }
     const int code = app.exit(outcome, console.out, console.err);
     flushOutput(console);
     return code == 0 ? ExitStatus::Success : ExitStatus::Usage;

@@ -192,8 +192,7 @@ showStored() {
     say "Registered data classes"
     "$programs/service/orvel-analyticsd" classes --data "$runFolder/data"
     say "Some of the stored events"
-    stored --json >"$runFolder/events.jsonl"
-    head -n 5 "$runFolder/events.jsonl"
+    stored --limit 5
     storedCount=$(stored --good --count)
     local bad
     bad=$(stored --bad --count)
