@@ -47,6 +47,13 @@ AnalyticsSession makeSession(const ReportOptions& options) {
     }
 }
 
+/// A line is judged without the service, and there a generic error has one meaning only.
+Verdict verdictOnLine(AnalyticsResult result) {
+    return result == AnalyticsResult::GenericError
+               ? Verdict{result, "the value of an integer field is not a number of 32 bits"}
+               : Verdict::of(result);
+}
+
 /// The events' file, or standard input.
 class EventSource {
   public:
@@ -140,7 +147,7 @@ class Reporter {
                                       : readEventTime(line.text, options_.timeMember);
             const AnalyticsResult result = session_.CollectEvent(&dataClass_, std::move(event));
             if (result != AnalyticsResult::Success) {
-                return refuse(line, Verdict::of(result));
+                return refuse(line, verdictOnLine(result));
             }
             enqueue(line);
         } catch (const std::invalid_argument& error) {

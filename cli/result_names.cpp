@@ -23,9 +23,7 @@ struct Entry {
 
 constexpr std::array kEntries{
     ORVEL_RESULT(Success, "accepted"),
-    ORVEL_RESULT(GenericError,
-                 "the value of an integer field is not a 32-bit number, or the "
-                 "service could not be reached or gave no known reason"),
+    ORVEL_RESULT(GenericError, "the service could not be reached or gave no known reason"),
     ORVEL_RESULT(EmptyEvent, "the event is empty"),
     ORVEL_RESULT(EndTimeBeforeStartTime, "the end lies before the start"),
     ORVEL_RESULT(StartTimeInFuture, "the start lies in the future"),

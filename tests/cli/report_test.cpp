@@ -84,7 +84,8 @@ TEST_F(ReportTest, RefusedLinesAreToldWithNumberNameAndCodeAndTheRunGoesOn) {
                                      "{\"text\":\"good\"}");
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, HasSubstr("-: line 2: refused: FieldValueTooLong (29): "));
-    EXPECT_THAT(result.err, HasSubstr("-: line 4: refused: GenericError (1): "));
+    EXPECT_THAT(result.err,
+                HasSubstr("-: line 4: refused: GenericError (1): the value of an integer field"));
     EXPECT_THAT(result.err, HasSubstr("-: line 5: refused: MalformedJson (15): "));
     EXPECT_THAT(result.err, HasSubstr("-: line 6: refused: "));
     EXPECT_THAT(result.out, HasSubstr("6 events: 2 accepted, 4 refused; 1 batch sent"));
