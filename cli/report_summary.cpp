@@ -1,0 +1,100 @@
+#include "cli/report_summary.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <string_view>
+
+#include "cli/result_names.h"
+
+namespace Orvel::Tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string counted(std::uint64_t count, std::string_view one, std::string_view many) {
+    return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+void addVerdict(Json& object, const Verdict& verdict) {
+    if (verdict.result) {
+        object["result"] = resultName(*verdict.result);
+        object["code"] = static_cast<std::int32_t>(*verdict.result);
+    } else {
+        object["result"] = nullptr;
+        object["code"] = nullptr;
+    }
+    object["reason"] = verdict.reason;
+}
+
+Json toJson(const RefusedLine& refused) {
+    Json object{{"line", refused.line}};
+    addVerdict(object, refused.verdict);
+    return object;
+}
+
+Json toJson(const RefusedBatch& refused) {
+    Json object{{"first_line", refused.firstLine},
+                {"last_line", refused.lastLine},
+                {"events", refused.events}};
+    addVerdict(object, refused.verdict);
+    return object;
+}
+
+template <typename Entry>
+Json toJson(const std::vector<Entry>& entries) {
+    Json list = Json::array();
+    for (const Entry& entry : entries) {
+        list.push_back(toJson(entry));
+    }
+    return list;
+}
+
+}  // namespace
+
+Verdict Verdict::of(Analytics::Emitters::AnalyticsResult result) {
+    return {result, std::string(resultWords(result))};
+}
+
+std::string Verdict::text() const {
+    return result ? fmt::format("{} ({}): {}", resultName(*result),
+                                static_cast<std::int32_t>(*result), reason)
+                  : reason;
+}
+
+std::string summaryText(const ReportSummary& summary) {
+    std::string text =
+        fmt::format("{}: {} accepted, {} refused", counted(summary.lines, "event", "events"),
+                    summary.accepted, summary.refused);
+    if (summary.unconfirmed > 0) {
+        text += fmt::format(", {} not confirmed", summary.unconfirmed);
+    }
+    text += "; " + counted(summary.batches, "batch", "batches") + " sent";
+    if (summary.batchesRefused > 0) {
+        text += fmt::format(", {} of them answered with an error", summary.batchesRefused);
+    }
+    return text;
+}
+
+std::string summaryJson(const ReportSummary& summary) {
+    Json document{
+        {"registered", summary.registered},
+        {"lines", summary.lines},
+        {"accepted", summary.accepted},
+        {"refused", summary.refused},
+        {"unconfirmed", summary.unconfirmed},
+        {"batches", summary.batches},
+        {"batches_refused", summary.batchesRefused},
+        {"refused_lines", toJson(summary.refusedLines)},
+        {"refused_lines_omitted", summary.refused - summary.refusedLines.size()},
+        {"refused_batches", toJson(summary.refusedBatches)},
+        {"refused_batches_omitted", summary.batchesRefused - summary.refusedBatches.size()},
+        {"exit_status", static_cast<int>(summary.status)},
+    };
+    document["error"] = summary.error.empty() ? Json() : Json(summary.error);
+    // File names and messages of the system need not be UTF-8; the output must be.
+    return document.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace Orvel::Tool

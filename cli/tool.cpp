@@ -1,0 +1,64 @@
+#include "cli/tool.h"
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <new>
+#include <ostream>
+
+#include "cli/report_command.h"
+
+namespace Orvel::Tool {
+
+namespace {
+
+constexpr const char* kDescription = R"(Example:
+  orvel-analytics report --app editor --app-version 2.1 --data-class usage.json events.jsonl
+
+Talks to the analytics service of this machine. `orvel-analytics COMMAND --help` explains
+a command.
+)";
+
+/// Answers `--help`, `--version` and a command line that cannot be used.
+ExitStatus answer(const CLI::App& app, const CLI::ParseError& outcome, Console& console) {
+    const auto unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty()) {
+        throw Failure(ExitStatus::Usage,
+                      "there is no command \"" + unknown.front() + "\"; see --help");
+    }
+    const int code = app.exit(outcome, console.out, console.err);
+    flushOutput(console);
+    return code == 0 ? ExitStatus::Success : ExitStatus::Usage;
+}
+
+ExitStatus parseAndRun(int argc, const char* const* argv, Console& console) {
+    Action chosen;
+    CLI::App app(kDescription, "orvel-analytics");
+    app.set_version_flag("--version", "orvel-analytics " ORVEL_TOOL_VERSION, "Print the version");
+    app.require_subcommand(1);
+    addReportCommand(app, chosen);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& outcome) {
+        return answer(app, outcome, console);
+    }
+    return chosen(console);
+}
+
+}  // namespace
+
+ExitStatus runTool(int argc, const char* const* argv, Console& console) {
+    try {
+        return parseAndRun(argc, argv, console);
+    } catch (const Failure& failure) {
+        console.err << "orvel-analytics: " << printable(failure.what()) << '\n';
+        return failure.status();
+    } catch (const std::bad_alloc&) {
+        console.err << "orvel-analytics: out of memory\n";
+    } catch (const std::exception& error) {
+        console.err << "orvel-analytics: " << printable(error.what()) << '\n';
+    }
+    return ExitStatus::Failed;
+}
+
+}  // namespace Orvel::Tool

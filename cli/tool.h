@@ -1,0 +1,23 @@
+#ifndef ORVEL_CLI_TOOL_H
+#define ORVEL_CLI_TOOL_H
+
+#include <functional>
+
+#include "cli/console.h"
+#include "cli/failure.h"
+
+/// @file
+/// The whole tool as a function.
+
+namespace Orvel::Tool {
+
+/// A command of the tool, with its options read.
+using Action = std::function<ExitStatus(Console&)>;
+
+/// Reads the command line and runs its command. Every failure ends as a message on standard error
+/// and an exit status; nothing is thrown but what the streams themselves throw.
+ExitStatus runTool(int argc, const char* const* argv, Console& console);
+
+}  // namespace Orvel::Tool
+
+#endif

@@ -1,0 +1,64 @@
+# shellcheck shell=bash
+# Building, testing and checking the code. Sourced by dev.
+
+# buildPreset PRESET [TARGET...]
+buildPreset() {
+    local preset=$1 launcher=() targets=()
+    shift
+    if command -v ccache >/dev/null; then
+        launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    fi
+    [ $# -eq 0 ] || targets=(--target "$@")
+    mkdir -p "$root/build"
+    cmake --preset "$preset" "${launcher[@]}" >"$root/build/configure.log" 2>&1 || {
+        cat "$root/build/configure.log" >&2
+        fail "the build could not be configured"
+    }
+    cmake --build --preset "$preset" "${targets[@]}" || fail "the build failed"
+}
+
+# Runs the tests of a preset and keeps what was printed.
+testPreset() {
+    local preset=$1
+    say "Building: $preset"
+    buildPreset "$preset"
+    say "Testing: $preset"
+    ctest --preset "$preset" --parallel "$(nproc)" 2>&1 | tee "$root/build/$preset/test.log"
+}
+
+closingLines() { sed -n '/tests passed,/,$p' "$root/build/$1/test.log"; }
+
+runTests() {
+    requirePackages "${buildPackages[@]}"
+    local preset failed=0
+    for preset in release sanitize; do
+        testPreset "$preset" || failed=1
+    done
+    say "Summary"
+    for preset in release sanitize; do
+        printf '%s:\n' "$preset"
+        closingLines "$preset"
+    done
+    return "$failed"
+}
+
+codeFiles() { git ls-files '*.h' '*.cpp'; }
+
+formatCode() {
+    requirePackages "${lintPackages[@]}"
+    codeFiles | xargs clang-format -i
+}
+
+lintCode() {
+    requirePackages "${buildPackages[@]}" "${lintPackages[@]}"
+    local failed=0
+    say "clang-format"
+    codeFiles | xargs clang-format --dry-run -Werror || failed=1
+    say "shellcheck"
+    shellcheck --external-sources dev .ci/run || failed=1
+    say "clang-tidy"
+    buildPreset release
+    jq -r '.[].file' build/release/compile_commands.json | sort -u |
+        xargs -P "$(nproc)" -n 1 clang-tidy -p build/release --quiet || failed=1
+    [ "$failed" -eq 0 ] || fail "the checks above found something"
+}

@@ -1,0 +1,66 @@
+#include "cli/tool_fixture.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "cli/tool.h"
+#include "orvel/analytics/text.h"
+
+namespace Orvel::Tool {
+
+ToolRun ToolTest::run(std::vector<std::string> arguments, const std::string& input) {
+    arguments.insert(arguments.begin(), "orvel-analytics");
+    std::vector<const char*> argv;
+    for (const std::string& argument : arguments) {
+        argv.push_back(argument.c_str());
+    }
+    std::istringstream in(input);
+    std::ostringstream out;
+    std::ostringstream err;
+    Console console{in, out, err, terminal, false, [] { return kNow; }};
+    const ExitStatus status = runTool(static_cast<int>(argv.size()), argv.data(), console);
+    return {static_cast<int>(status), out.str(), err.str()};
+}
+
+ToolRun ToolTest::runReport(const std::vector<std::string>& arguments, const std::string& input) {
+    std::vector<std::string> all{"report",
+                                 "--app",
+                                 "app",
+                                 "--app-version",
+                                 "3",
+                                 "--data-class",
+                                 write("class.json", kDataClass)};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return run(all, input);
+}
+
+std::string ToolTest::write(const std::string& name, std::string_view content) {
+    const auto path = folder.path() / name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path.string();
+}
+
+std::vector<std::string> ToolTest::commandsWith(std::string_view token) const {
+    std::vector<std::string> commands;
+    for (const TestSupport::Executed& executed : script.executed) {
+        std::string command = toUtf8(executed.command);
+        if (command.find(token) != std::string::npos) {
+            commands.push_back(std::move(command));
+        }
+    }
+    return commands;
+}
+
+void ToolTest::answerWithError(std::size_t place, const std::string& token,
+                               const std::string& name) {
+    script.onExecute = [this, place, token, name, turn = std::size_t{0}](const auto&) mutable {
+        // Until their turn comes, commands are answered as if nothing had been scripted.
+        if (turn++ == place) {
+            script.executions.resize(place);
+            script.executions.push_back(
+                {0, toWide("app::" + token + R"(::{"Results":["ErrorCode :)" + name + R"("]})")});
+        }
+    };
+}
+
+}  // namespace Orvel::Tool
