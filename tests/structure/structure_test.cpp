@@ -47,7 +47,7 @@ const std::map<std::string, Room> kRooms = {
      {{"relay client interface", "relay server interface"},
       {"yyjson.h", "sqlite3.h", "CLI", "fmt", "toml++"}}},
     {"cli", {{"include", "relay client interface"}, {"CLI", "fmt", "nlohmann"}}},
-    {"examples", {{"include", "relay client interface"}, {"zlib.h"}}},
+    {"examples", {{"include", "relay client interface"}, {"zlib.h", "nlohmann"}}},
 };
 
 /// Every library that some room may know; what is not here is the standard library or the system.
