@@ -103,8 +103,10 @@ std::int64_t toUtc(const Moment& moment, int offset) {
     const std::chrono::sys_days date = std::chrono::year_month_day{
         std::chrono::year(moment.year), std::chrono::month(static_cast<unsigned>(moment.month)),
         std::chrono::day(static_cast<unsigned>(moment.day))};
-    return std::int64_t{date.time_since_epoch().count()} * 86'400 + moment.hour * 3'600 +
-           moment.minute * 60 + moment.second - offset;
+    const auto instant = date + std::chrono::hours(moment.hour) +
+                         std::chrono::minutes(moment.minute) +
+                         std::chrono::seconds(moment.second - offset);
+    return std::int64_t{instant.time_since_epoch().count()};
 }
 
 std::int64_t localToUtc(const Moment& moment) {

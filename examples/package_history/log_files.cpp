@@ -59,6 +59,7 @@ std::vector<fs::path> findLogFiles(const fs::path& log) {
         }
     }
     std::vector<fs::path> files;
+    files.reserve(rotated.size() + 1);
     for (const auto& [number, file] : rotated) {
         files.push_back(file);
     }
@@ -74,7 +75,7 @@ void forEachLine(const fs::path& file, const std::function<void(const std::strin
     if (in == nullptr) {
         fail(file, "cannot be opened");
     }
-    std::array<char, 64 * 1024> buffer{};
+    std::array<char, 65'536> buffer{};
     std::string line;
     int count = 0;
     while ((count = gzread(in.get(), buffer.data(), static_cast<unsigned>(buffer.size()))) > 0) {
