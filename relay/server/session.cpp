@@ -119,12 +119,13 @@ asio::awaitable<void> Session::serveCommands() {
 
 // Lets a worker execute the command, and tells the client every now and then that it still is.
 asio::awaitable<void> Session::execute() {
-    watchdog_->rest();
     answer_.reset();
     finished_ = false;
     asio::post(service_.workers, [this] { work(); });
     bool heard = true;
     while (!finished_) {
+        // The client owes nothing now, however long this takes.
+        watchdog_->rest();
         std::error_code interrupted;
         progress_.expires_after(service_.options.progressInterval);
         co_await progress_.async_wait(asio::redirect_error(asio::use_awaitable, interrupted));

@@ -211,6 +211,15 @@ TEST_F(ClientConversation, GivesUpAnEndlessStreamWithoutEverWaitingAfterSixtySec
     EXPECT_LT(server.elapsed(), seconds(61));
 }
 
+TEST_F(ClientConversation, GivesUpACommandThatAlwaysMovesAfterSixtySeconds) {
+    server.welcome().forever().receive(200'000);
+    open();
+    server.slowClock(seconds(2));
+    EXPECT_EQ(execute(WideString(8'000'000, u'x')), Status::kTimeout);
+    EXPECT_GE(server.elapsed(), seconds(60));
+    EXPECT_LT(server.elapsed(), seconds(70));
+}
+
 TEST_F(ClientConversation, WaitsAsLongAsTheServerSaysThatItIsWorking) {
     server.welcome().receiveFrame();
     for (int i = 0; i < 300; ++i) {

@@ -16,7 +16,8 @@ class RawClient {
     /// Sends as much as the server takes. It may well have gone.
     void send(const std::string& bytes);
 
-    /// Receives that many bytes; fewer at the end of the connection.
+    /// Receives that many bytes; fewer at the end of the connection, or when the server is silent
+    /// for longer than any test needs.
     std::string receive(std::size_t bytes);
 
     /// Receives until the end of the connection.

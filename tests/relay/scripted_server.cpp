@@ -206,6 +206,9 @@ short ScriptedServer::wait(int descriptor, short events, TimePoint until) {
             continue;
         }
         now_ = std::max(now_, std::min(until, pauseUntil_));
+        if (elapsed() > std::chrono::hours(24)) {
+            throw std::runtime_error("the client waits for ever");
+        }
         if (now_ >= until) {
             return 0;
         }
