@@ -42,6 +42,7 @@ class ORVEL_ANALYTICS_EXPORT hresult_error : public std::exception {
 };
 
 /// Declares the error of one well-known status.
+// NOLINTBEGIN(bugprone-macro-parentheses): a class's name cannot stand in parentheses.
 #define ORVEL_DECLARE_HRESULT_ERROR(name, status)                 \
     class ORVEL_ANALYTICS_EXPORT name : public hresult_error {    \
       public:                                                     \
@@ -80,6 +81,7 @@ ORVEL_DECLARE_HRESULT_ERROR(hresult_illegal_delegate_assignment, 0x80000018U);
 /// Canceled (HRESULT of ERROR_CANCELLED).
 ORVEL_DECLARE_HRESULT_ERROR(hresult_canceled, 0x800704C7U);
 
+// NOLINTEND(bugprone-macro-parentheses)
 #undef ORVEL_DECLARE_HRESULT_ERROR
 
 }  // namespace Orvel::Analytics
