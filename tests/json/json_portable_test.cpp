@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
 
 #include "json/json.h"
 #include "json/portable/arena.h"
@@ -78,6 +79,21 @@ TEST(PortableJson, SerialisesDeeperThanItParses) {
     Object outer = document.newObject();
     outer.setNamedValue(ORVEL_TEXT("o"), parsed);
     EXPECT_EQ(outer.stringify(), ORVEL_TEXT("{\"o\":") + deep + ORVEL_TEXT("}"));
+}
+
+TEST(PortableJson, ReadsManySmallObjectsAfterALargeOneWithoutDelay) {
+    std::string text = "{\"large\":{";
+    for (int name = 0; name < 300'000; ++name) {
+        text += '"' + std::to_string(name) + "\":0,";
+    }
+    text.back() = '}';
+    text += ",\"small\":[";
+    for (int object = 0; object < 300'000; ++object) {
+        text += "{\"a\":0},";
+    }
+    text.back() = ']';
+    const WideString wide = Orvel::toWide(text + "}");
+    EXPECT_EQ(reserialised(wide), wide);
 }
 
 TEST(Arena, HandsOutAlignedMemoryOfAnySize) {
