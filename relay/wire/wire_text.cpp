@@ -11,9 +11,10 @@ namespace {
 constexpr bool kSwaps = std::endian::native == std::endian::big;
 
 // A first step that serves most texts whole, and is no loss when the rest never comes.
-constexpr std::size_t kFirstStep = 64 * 1024;
+constexpr std::size_t kFirstStep = std::size_t{64} * 1024;
 
-void swapBytes(WideString& text) {
+// Not needed on most machines.
+[[maybe_unused]] void swapBytes(WideString& text) {
     for (WideChar& unit : text) {
         const auto value = static_cast<std::uint16_t>(unit);
         unit = static_cast<WideChar>(static_cast<std::uint16_t>((value << 8) | (value >> 8)));

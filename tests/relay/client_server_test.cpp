@@ -45,7 +45,7 @@ TEST(ClientAndServer, AnyTextPassesUnchangedBothWays) {
 TEST(ClientAndServer, TargetAndArgumentArriveAsTheyWere) {
     WideString target;
     std::uint32_t argument = 0;
-    RunningServer server(always([&](const WideString& to, std::uint32_t with, WideString) {
+    RunningServer server(always([&](const WideString& to, std::uint32_t with, const WideString&) {
         target = to;
         argument = with;
         return Server::Answer();
@@ -81,6 +81,7 @@ TEST(ClientAndServer, ManyConnectionsTalkAtTheSameTime) {
     constexpr int kConnections = 30;
     RunningServer server;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&server, thread] {
             for (int connection = 0; connection < kConnections; ++connection) {

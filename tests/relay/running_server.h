@@ -44,7 +44,7 @@ inline Server::Answer echo(const WideString&, std::uint32_t, WideString command)
 }
 
 /// A factory of conversations that all do the same.
-inline Server::ConversationFactory always(Execute execute) {
+inline Server::ConversationFactory always(const Execute& execute) {
     return
         [execute](const Server::Peer&) { return std::make_unique<FunctionConversation>(execute); };
 }

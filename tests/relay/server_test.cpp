@@ -76,10 +76,11 @@ Server::Options patient() {
 TEST(Server, SpeaksExactlyTheFramesOfTheProtocol) {
     Server::Options options = patient();
     options.largestBody = 1000;
-    RunningServer server(always([](const WideString& target, std::uint32_t argument, WideString) {
-                             return Server::Answer{static_cast<std::int32_t>(argument), target};
-                         }),
-                         options);
+    RunningServer server(
+        always([](const WideString& target, std::uint32_t argument, const WideString&) {
+            return Server::Answer{static_cast<std::int32_t>(argument), target};
+        }),
+        options);
     RawClient client(server.path());
     EXPECT_EQ(greet(client), welcomeFrame(1000));
     client.send(frame(Wire::FrameType::kCommand, 1, 0, u"TA", u"x"));
@@ -162,7 +163,7 @@ TEST(Server, AThrowingConversationEndsItsConnectionOnly) {
 TEST(Server, RefusesAReplyLongerThanAnnouncedAndStaysOpen) {
     Server::Options options;
     options.largestBody = 100;
-    RunningServer server(always([](const WideString&, std::uint32_t argument, WideString) {
+    RunningServer server(always([](const WideString&, std::uint32_t argument, const WideString&) {
                              return Server::Answer{0, WideString(argument, u'x')};
                          }),
                          options);
@@ -220,7 +221,7 @@ TEST(Server, FinishesACommandWhoseClientHasGone) {
     RunningServer server(
         [&](const Server::Peer&) {
             return std::make_unique<FunctionConversation>(
-                [&](const WideString&, std::uint32_t, WideString) {
+                [&](const WideString&, std::uint32_t, const WideString&) {
                     started.open();
                     finish.wait();
                     return Server::Answer();
@@ -385,7 +386,7 @@ TEST(Server, DropsAClientThatDoesNotReadItsReply) {
     RunningServer server(
         [&](const Server::Peer&) {
             return std::make_unique<FunctionConversation>(
-                [](const WideString&, std::uint32_t, WideString) {
+                [](const WideString&, std::uint32_t, const WideString&) {
                     return Server::Answer{0, WideString(4'000'000, u'x')};
                 },
                 [&] { ended.open(); });
