@@ -1,5 +1,5 @@
 # What `cmake --install` lays down: the two libraries with their headers, the package that
-# find_package(OrvelAnalytics) finds, and the programs.
+# find_package(OrvelAnalytics) finds. Each program says in its own folder where it goes.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OrvelAnalytics)
@@ -10,12 +10,6 @@ install(
   DIRECTORY relay/include/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   PATTERN server.h EXCLUDE)
-
-foreach(program orvel-analyticsd orvel-tool)
-  if(TARGET ${program})
-    install(TARGETS ${program})
-  endif()
-endforeach()
 
 install(
   EXPORT OrvelAnalyticsTargets

@@ -8,13 +8,9 @@ namespace {
 
 constexpr WideStringView kColons = u"::";
 
-/// Every token that a client may send, those that this version does not serve included.
-constexpr std::array kClientTokens = {Tokens::kConnect,
-                                      Tokens::kRegister,
-                                      Tokens::kCollect,
-                                      WideStringView{u"::GET_CONSENT::"},
-                                      WideStringView{u"::SET_CONSENT::"},
-                                      WideStringView{u"::GET_PRIVACY_DOCUMENTS::"}};
+constexpr std::array kClientTokens = {Tokens::kConnect,    Tokens::kRegister,
+                                      Tokens::kCollect,    Tokens::kGetConsent,
+                                      Tokens::kSetConsent, Tokens::kGetPrivacyDocuments};
 
 Command splitAt(WideStringView text, std::size_t begin, std::size_t length) {
     return {text.substr(0, begin), text.substr(begin, length), text.substr(begin + length)};

@@ -16,8 +16,13 @@ namespace Tokens {
 inline constexpr WideStringView kConnect = u"::CONNECT_APP::";
 inline constexpr WideStringView kRegister = u"::REGISTER_DATACLASS::";
 inline constexpr WideStringView kCollect = u"::COLLECT_DATACLASS::";
+inline constexpr WideStringView kGetConsent = u"::GET_CONSENT::";
+inline constexpr WideStringView kSetConsent = u"::SET_CONSENT::";
+inline constexpr WideStringView kGetPrivacyDocuments = u"::GET_PRIVACY_DOCUMENTS::";
 inline constexpr WideStringView kAcknowledged = u"::ACK::";
 inline constexpr WideStringView kSuccess = u"::SUCCESS::";
+inline constexpr WideStringView kConsentRecord = u"::CONSENT_RECORD::";
+inline constexpr WideStringView kPrivacyDocuments = u"::PRIVACY_DOCUMENTS::";
 /// Stands in the reply to a text that holds no token at all.
 inline constexpr WideStringView kNone = u"::UNKNOWN::";
 

@@ -2,6 +2,8 @@
 
 #include "service/batch.h"
 #include "service/calendar.h"
+#include "service/consent_record.h"
+#include "service/permissions.h"
 #include "service/registration.h"
 #include "service/reply.h"
 
@@ -15,6 +17,12 @@ std::string payloadText(WideStringView payload) {
         throw Refusal(ErrorNames::kMalformedJson);
     }
     return std::move(*text);
+}
+
+void expectNoPayload(const Command& command) {
+    if (!command.payload.empty()) {
+        throw Refusal(ErrorNames::kMalformedOrUnknownMessage);
+    }
 }
 
 }  // namespace
@@ -48,6 +56,9 @@ WideString Conversation::answer(WideStringView text) {
         return serve(*command);
     } catch (const Refusal& refusal) {
         return refuse(refusal.name());
+    } catch (const SqlError& error) {
+        logStorageError(error.what());
+        return refuse(ErrorNames::kGenericError);
     } catch (const std::exception& error) {
         // Whatever else goes wrong concerns this command alone.
         log_.write("command_failed", {{"application", application_}, {"reason", error.what()}});
@@ -79,6 +90,16 @@ WideString Conversation::serve(const Command& command) {
         if (!errors.empty()) {
             return errorReply(name_, command.token, errors);
         }
+    } else if (command.token == Tokens::kGetConsent) {
+        expectNoPayload(command);
+        return jsonReply(name_, Tokens::kConsentRecord,
+                         consentRecordText(settings_, store_.consent()));
+    } else if (command.token == Tokens::kSetConsent) {
+        setConsent(command.payload);
+    } else if (command.token == Tokens::kGetPrivacyDocuments) {
+        expectNoPayload(command);
+        return jsonReply(name_, Tokens::kPrivacyDocuments,
+                         privacyDocumentsText(settings_.privacyAddresses));
     } else {
         throw Refusal(ErrorNames::kMalformedOrUnknownMessage);
     }
@@ -98,6 +119,9 @@ void Conversation::registerClass(WideStringView payload) {
 }
 
 std::vector<ErrorName> Conversation::collect(WideStringView payload) {
+    if (!settings_.processData) {
+        throw Refusal(ErrorNames::kNotRightAccessToWrite);
+    }
     const std::string document = payloadText(payload);
     const Batch batch(document);
     const Session& session = batch.session();
@@ -107,22 +131,24 @@ std::vector<ErrorName> Conversation::collect(WideStringView payload) {
     if (!session.started.empty() && !isCompactTimestamp(session.started)) {
         throw Refusal(ErrorNames::kInvalidDatetimeFormat);
     }
+    const auto events = batch.judge([this](std::string_view identifier) {
+        return store_.latestClass(application_, identifier);
+    });
+    store_.addBatch(session, peer_.userId, events);
     std::vector<ErrorName> errors;
-    try {
-        const auto events = batch.judge([this](std::string_view identifier) {
-            return store_.latestClass(application_, identifier);
-        });
-        store_.addBatch(session, peer_.userId, events);
-        for (const JudgedEvent& event : events) {
-            if (!event.error.empty()) {
-                errors.push_back(event.error);
-            }
+    for (const JudgedEvent& event : events) {
+        if (!event.error.empty()) {
+            errors.push_back(event.error);
         }
-    } catch (const SqlError& error) {
-        logStorageError(error.what());
-        throw Refusal(ErrorNames::kGenericError);
     }
     return errors;
+}
+
+void Conversation::setConsent(WideStringView payload) {
+    if (settings_.managed) {
+        throw Refusal(ErrorNames::kUnableToSetConsentForManagedDevice);
+    }
+    store_.setConsent(application_, peer_.userId, readPermissions(payloadText(payload)));
 }
 
 void Conversation::logStorageError(const char* reason) {

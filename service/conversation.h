@@ -7,6 +7,7 @@
 #include "orvel/relay/server.h"
 #include "service/command.h"
 #include "service/log.h"
+#include "service/settings.h"
 #include "service/store.h"
 
 namespace Orvel::Service {
@@ -21,9 +22,9 @@ inline constexpr WideStringView kTarget = u"TA";
 /// commands of that application.
 class Conversation : public Relay::Server::Conversation {
   public:
-    /// The store and the log must outlive the conversation.
-    Conversation(Store& store, Log& log, const Relay::Server::Peer& peer)
-        : store_(store), log_(log), peer_(peer) {}
+    /// The store, the settings and the log must outlive the conversation.
+    Conversation(Store& store, const Settings& settings, Log& log, const Relay::Server::Peer& peer)
+        : store_(store), settings_(settings), log_(log), peer_(peer) {}
 
     /// Answers a command of any kind, a senseless one too. The number is not looked at.
     Relay::Server::Answer execute(const WideString& target, std::uint32_t argument,
@@ -35,9 +36,11 @@ class Conversation : public Relay::Server::Conversation {
     WideString serve(const Command& command);
     void registerClass(WideStringView payload);
     std::vector<ErrorName> collect(WideStringView payload);
+    void setConsent(WideStringView payload);
     void logStorageError(const char* reason);
 
     Store& store_;
+    const Settings& settings_;
     Log& log_;
     Relay::Server::Peer peer_;
     /// The application's name as the handshake gave it, and in UTF-8; empty before that.

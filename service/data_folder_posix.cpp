@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "service/data_folder.h"
+#include "service/process.h"
 
 namespace Orvel::Service {
 
@@ -51,7 +52,7 @@ void makeFolder(const std::filesystem::path& folder) {
 }  // namespace
 
 std::filesystem::path defaultDataFolder() {
-    if (::geteuid() == 0) {
+    if (runsAsRoot()) {
         return "/var/lib/orvel-analytics";
     }
     const char* state = std::getenv("XDG_STATE_HOME");

@@ -26,6 +26,9 @@ inline constexpr ErrorName kDataclassNotFollowRegisteredFormat =
     "DataclassNotFollowRegisteredFormat";
 inline constexpr ErrorName kDateTimeFieldIsRequired = "DateTimeFieldIsRequired";
 inline constexpr ErrorName kInvalidDatetimeFormat = "InvalidDatetimeFormat";
+inline constexpr ErrorName kNotRightAccessToWrite = "NotRightAccessToWrite";
+inline constexpr ErrorName kUnableToSetConsentForManagedDevice =
+    "UnableToSetConsentForManagedDevice";
 inline constexpr ErrorName kGenericError = "GenericError";
 
 }  // namespace ErrorNames

@@ -6,7 +6,7 @@
 
 #include "service/calendar.h"
 #include "service/data_class.h"
-#include "service/json_text.h"
+#include "service/json_object_text.h"
 #include "service/visible_text.h"
 
 namespace Orvel::Service {
@@ -17,37 +17,12 @@ std::string timeText(std::int64_t milliseconds) {
     return utcText(std::chrono::milliseconds{milliseconds});
 }
 
-/// Puts the members of one object on one line.
-class JsonLine {
-  public:
-    JsonLine& text(std::string_view name, std::string_view value) {
-        begin(name);
-        appendJsonString(line_, value);
-        return *this;
-    }
-    JsonLine& optionalText(std::string_view name, std::optional<std::string_view> value) {
-        return value ? text(name, *value) : json(name, "null");
-    }
-    /// A value that is JSON already.
-    JsonLine& json(std::string_view name, std::string_view value) {
-        begin(name);
-        line_ += singleLine(value);
-        return *this;
-    }
-    std::string finish() const { return visibleText(line_) + "}\n"; }
-
-  private:
-    void begin(std::string_view name) {
-        line_ += line_.empty() ? '{' : ',';
-        appendJsonString(line_, name);
-        line_ += ':';
-    }
-
-    std::string line_;
-};
+std::string jsonLine(const JsonObjectText& object) {
+    return visibleText(singleLine(object.finish())) + "\n";
+}
 
 std::string eventJson(const EventRow& event) {
-    JsonLine line;
+    JsonObjectText line;
     // A text, because few readers of JSON keep all the digits of such a number.
     line.text("id", std::to_string(event.id))
         .text("received", timeText(event.received))
@@ -69,7 +44,7 @@ std::string eventJson(const EventRow& event) {
     } else {
         line.text("error", event.error).text("path", event.path).text("text", event.content);
     }
-    return line.finish();
+    return jsonLine(line);
 }
 
 constexpr const char* kEventColumns = "{:<24}  {:<20}  {:<20}  {:<15}  {}\n";
@@ -85,16 +60,15 @@ std::string eventText(const EventRow& event) {
 }
 
 std::string classJson(const ClassRow& row) {
-    return JsonLine()
-        .text("application", row.application)
-        .text("id", row.id)
-        .text("version", row.version)
-        .text("name", row.name)
-        .json("fields", row.fields)
-        .text("first_registered", timeText(row.firstRegistered))
-        .text("last_registered", timeText(row.lastRegistered))
-        .json("latest", row.latest ? "true" : "false")
-        .finish();
+    return jsonLine(JsonObjectText()
+                        .text("application", row.application)
+                        .text("id", row.id)
+                        .text("version", row.version)
+                        .text("name", row.name)
+                        .json("fields", row.fields)
+                        .text("first_registered", timeText(row.firstRegistered))
+                        .text("last_registered", timeText(row.lastRegistered))
+                        .boolean("latest", row.latest));
 }
 
 std::string classText(const ClassRow& row) {

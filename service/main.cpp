@@ -8,10 +8,12 @@
 #include <stdexcept>
 #include <string>
 
+#include "service/consent_listing.h"
 #include "service/data_folder.h"
 #include "service/listing.h"
 #include "service/process.h"
 #include "service/serve.h"
+#include "service/settings_file.h"
 #include "service/store_reader.h"
 
 namespace {
@@ -35,11 +37,13 @@ Exit status: 0 success, 1 failure, 2 wrong usage.
 /// What the command line says.
 struct Arguments {
     std::optional<std::filesystem::path> data;
+    std::optional<std::filesystem::path> settings;
     EventFilter filter;
     bool good = false;
     bool bad = false;
     bool json = false;
     bool count = false;
+    bool history = false;
 
     std::filesystem::path dataFolder() const { return data ? *data : defaultDataFolder(); }
     ListingForm form() const { return json ? ListingForm::kJson : ListingForm::kText; }
@@ -63,7 +67,7 @@ StoreReader openReader(const Arguments& arguments) {
 
 int runService(const Arguments& arguments) {
     Log log(writeToStandardError, systemTime);
-    return serve(arguments.data, ORVEL_VERSION, log) ? kSuccess : kFailure;
+    return serve(arguments.data, arguments.settings, ORVEL_VERSION, log) ? kSuccess : kFailure;
 }
 
 int runEvents(Arguments arguments) {
@@ -87,6 +91,18 @@ int runClasses(const Arguments& arguments) {
     return kSuccess;
 }
 
+int runConsent(const Arguments& arguments) {
+    StoreReader reader = openReader(arguments);
+    if (arguments.history) {
+        listConsentChanges(reader, arguments.form(), print);
+    } else {
+        const auto file =
+            arguments.settings ? arguments.settings : defaultSettingsFile(runsAsRoot());
+        showConsent(reader, file ? readSettings(*file) : Settings{}, arguments.form(), print);
+    }
+    return kSuccess;
+}
+
 CLI::App* addCommand(CLI::App& app, Arguments& arguments, const char* name,
                      const char* description) {
     CLI::App* command = app.add_subcommand(name, description);
@@ -96,6 +112,35 @@ CLI::App* addCommand(CLI::App& app, Arguments& arguments, const char* name,
 
 void addJson(CLI::App& command, Arguments& arguments) {
     command.add_flag("--json", arguments.json, "Print one JSON object a line");
+}
+
+CLI::Option* addSettings(CLI::App& command, Arguments& arguments) {
+    return command.add_option("--settings", arguments.settings, "Settings file")->type_name("FILE");
+}
+
+CLI::App* addService(CLI::App& app, Arguments& arguments) {
+    CLI::App* service = addCommand(app, arguments, "serve",
+                                   R"(Run the service until SIGTERM or SIGINT.
+
+Example:
+  orvel-analyticsd serve --data /var/lib/orvel-analytics
+)");
+    addSettings(*service, arguments);
+    return service;
+}
+
+CLI::App* addConsent(CLI::App& app, Arguments& arguments) {
+    CLI::App* consent = addCommand(app, arguments, "consent",
+                                   R"(Show the user's consent, or how it was changed.
+
+Example:
+  orvel-analyticsd consent --history --json
+)");
+    CLI::Option* settings = addSettings(*consent, arguments);
+    consent->add_flag("--history", arguments.history, "Show every change, oldest first")
+        ->excludes(settings);
+    addJson(*consent, arguments);
+    return consent;
 }
 
 CLI::App* addEvents(CLI::App& app, Arguments& arguments) {
@@ -125,12 +170,7 @@ int run(int argc, char** argv) {
     app.set_version_flag("--version", "orvel-analyticsd " ORVEL_VERSION);
     app.require_subcommand(1);
     Arguments arguments;
-    const CLI::App* service = addCommand(app, arguments, "serve",
-                                         R"(Run the service until SIGTERM or SIGINT.
-
-Example:
-  orvel-analyticsd serve --data /var/lib/orvel-analytics
-)");
+    const CLI::App* service = addService(app, arguments);
     const CLI::App* events = addEvents(app, arguments);
     CLI::App* classes = addCommand(app, arguments, "classes",
                                    R"(Show the data classes that are registered.
@@ -139,6 +179,7 @@ Example:
   orvel-analyticsd classes --json
 )");
     addJson(*classes, arguments);
+    const CLI::App* consent = addConsent(app, arguments);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -147,7 +188,9 @@ Example:
     if (service->parsed()) {
         return runService(arguments);
     }
-    const int result = events->parsed() ? runEvents(arguments) : runClasses(arguments);
+    const int result = events->parsed()    ? runEvents(arguments)
+                       : consent->parsed() ? runConsent(arguments)
+                                           : runClasses(arguments);
     if (std::fflush(stdout) != 0) {
         throw std::runtime_error("cannot write to standard output");
     }

@@ -8,6 +8,9 @@
 
 namespace Orvel::Service {
 
+/// Whether the process has the rights of the superuser.
+bool runsAsRoot();
+
 /// Makes a write that cannot be done an error of that write, not the end of the process: to a pipe
 /// or a socket that nobody reads, or to a file beyond the largest size that is allowed.
 void surviveFailingWrites();

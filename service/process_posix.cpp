@@ -6,6 +6,8 @@
 
 namespace Orvel::Service {
 
+bool runsAsRoot() { return ::geteuid() == 0; }
+
 void surviveFailingWrites() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

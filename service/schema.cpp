@@ -1,14 +1,15 @@
 #include "service/schema.h"
 
+#include <array>
+
 namespace Orvel::Service {
 
 namespace {
 
-constexpr std::int64_t kVersion = 1;
 /// Says in the file's header whose database it is.
 constexpr std::int64_t kApplicationId = 0x4F72766C;
 
-constexpr const char* kTables = R"sql(
+constexpr const char* kEventTables = R"sql(
 -- Identifiers of batches, events and registrations are one growing sequence, ordered by time.
 -- Times are milliseconds since 1970-01-01 00:00 UTC.
 CREATE TABLE application(
@@ -64,12 +65,40 @@ CREATE TABLE refused_event(
 ) STRICT;
 )sql";
 
+constexpr const char* kConsentTable = R"sql(
+-- The greatest one holds the consent of now; the one before it says what was changed.
+CREATE TABLE consent_change(
+    id INTEGER PRIMARY KEY,             -- of the same sequence as batches and events
+    application_id INTEGER NOT NULL REFERENCES application(id),
+    received INTEGER NOT NULL,
+    peer_user INTEGER NOT NULL,
+    source TEXT NOT NULL,
+    marketing TEXT NOT NULL CHECK(marketing IN ('Accepted', 'Rejected', 'Unknown')),
+    support TEXT NOT NULL CHECK(support IN ('Accepted', 'Rejected', 'Unknown')),
+    product_enhancement TEXT NOT NULL
+        CHECK(product_enhancement IN ('Accepted', 'Rejected', 'Unknown'))
+) STRICT;
+)sql";
+
+/// Data of version N has gone through the first N steps.
+constexpr std::array kSteps = {kEventTables, kConsentTable};
+constexpr std::int64_t kVersion = kSteps.size();
+constexpr std::int64_t kVersionWithConsent = 2;
+
 std::int64_t singleInteger(const Database& database, const char* query) {
     Statement statement(database, query);
     return statement.step() ? statement.integer(0) : 0;
 }
 
-void refuseNewerVersion(std::int64_t version) {
+std::int64_t versionOf(const Database& database) {
+    return singleInteger(database, "PRAGMA user_version");
+}
+
+/// Refuses data that this program cannot read.
+void checkVersion(const Database& database, std::int64_t version) {
+    if (singleInteger(database, "PRAGMA application_id") != kApplicationId || version < 1) {
+        throw SqlError("the file is not a database of this program");
+    }
     if (version > kVersion) {
         throw SqlError("the data was written by a newer version of this program (schema version " +
                        std::to_string(version) + ", this program knows " +
@@ -77,31 +106,25 @@ void refuseNewerVersion(std::int64_t version) {
     }
 }
 
-void refuseForeignDatabase(const Database& database) {
-    if (singleInteger(database, "PRAGMA application_id") != kApplicationId) {
-        throw SqlError("the file is not a database of this program");
-    }
-}
-
 }  // namespace
 
 void prepareSchema(Database& database) {
     Transaction transaction(database);
-    const std::int64_t version = singleInteger(database, "PRAGMA user_version");
+    const std::int64_t version = versionOf(database);
     if (version == 0 && singleInteger(database, "SELECT count(*) FROM sqlite_schema") == 0) {
-        database.execute(kTables);
         database.execute("PRAGMA application_id = " + std::to_string(kApplicationId));
-        database.execute("PRAGMA user_version = " + std::to_string(kVersion));
     } else {
-        refuseForeignDatabase(database);
-        refuseNewerVersion(version);
+        checkVersion(database, version);
     }
+    for (auto step = static_cast<std::size_t>(version); step < kSteps.size(); ++step) {
+        database.execute(kSteps[step]);
+    }
+    database.execute("PRAGMA user_version = " + std::to_string(kVersion));
     transaction.commit();
 }
 
-void checkSchema(Database& database) {
-    refuseForeignDatabase(database);
-    refuseNewerVersion(singleInteger(database, "PRAGMA user_version"));
-}
+void checkSchema(const Database& database) { checkVersion(database, versionOf(database)); }
+
+bool holdsConsent(const Database& database) { return versionOf(database) >= kVersionWithConsent; }
 
 }  // namespace Orvel::Service

@@ -5,13 +5,19 @@
 
 namespace Orvel::Service {
 
-/// Makes the tables in a new database, and refuses one that this version cannot read.
+/// Makes the tables in a new database, adds those that data of an older version lacks, and refuses
+/// a database that this version cannot read.
 /// @throws SqlError when the database was made by a newer version, or by another program.
 void prepareSchema(Database& database);
 
-/// Refuses a database that this version cannot read, one without tables included.
+/// Refuses a database that this version cannot read, one without tables included. Data of an older
+/// version passes.
 /// @throws SqlError
-void checkSchema(Database& database);
+void checkSchema(const Database& database);
+
+/// Whether the database has tables for the user's consent, which data of an older version lacks.
+/// @throws SqlError
+bool holdsConsent(const Database& database);
 
 }  // namespace Orvel::Service
 

@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "service/consent_table.h"
 #include "service/schema.h"
 #include "service/time_ordered_ids.h"
 
@@ -25,6 +26,7 @@ std::int64_t lastId(const Database& database) {
         SELECT max((SELECT coalesce(max(id), 0) FROM batch),
                    (SELECT coalesce(max(id), 0) FROM event),
                    (SELECT coalesce(max(id), 0) FROM refused_event),
+                   (SELECT coalesce(max(id), 0) FROM consent_change),
                    (SELECT coalesce(max(registration), 0) FROM data_class)))sql");
     statement.step();
     return statement.integer(0);
@@ -42,6 +44,9 @@ class Store::Impl {
                                            std::string_view identifier);
     void addBatch(const Session& session, std::uint32_t peerUser,
                   const std::vector<JudgedEvent>& events);
+    std::optional<GivenConsent> consent();
+    void setConsent(std::string_view application, std::uint32_t peerUser,
+                    const Permissions& permissions);
 
   private:
     std::int64_t applicationId(std::string_view name);
@@ -74,6 +79,8 @@ class Store::Impl {
         INSERT INTO batch VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12))sql"};
     Statement addEvent_{database_, "INSERT INTO event VALUES(?1, ?2, ?3, ?4, ?5, ?6)"};
     Statement addRefused_{database_, "INSERT INTO refused_event VALUES(?1, ?2, ?3, ?4, ?5, ?6)"};
+    Statement addConsent_{database_,
+                          "INSERT INTO consent_change VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"};
 };
 
 std::int64_t Store::Impl::applicationId(std::string_view name) {
@@ -156,6 +163,28 @@ void Store::Impl::addBatch(const Session& session, std::uint32_t peerUser,
     transaction.commit();
 }
 
+std::optional<GivenConsent> Store::Impl::consent() {
+    const std::scoped_lock lock(mutex_);
+    return lastConsent(database_);
+}
+
+void Store::Impl::setConsent(std::string_view application, std::uint32_t peerUser,
+                             const Permissions& permissions) {
+    const std::scoped_lock lock(mutex_);
+    const std::chrono::milliseconds now = clock_();
+    Transaction transaction(database_);
+    addConsent_.bind(1, ids_.next(now))
+        .bind(2, applicationId(application))
+        .bind(3, now.count())
+        .bind(4, peerUser)
+        .bind(5, kApplicationSource)
+        .bind(6, permissions.marketing)
+        .bind(7, permissions.support)
+        .bind(8, permissions.productEnhancement)
+        .run();
+    transaction.commit();
+}
+
 Store::Store(const std::filesystem::path& file, Clock clock)
     : impl_(std::make_unique<Impl>(file, std::move(clock))) {}
 
@@ -173,6 +202,13 @@ std::optional<StoredClass> Store::latestClass(std::string_view application,
 void Store::addBatch(const Session& session, std::uint32_t peerUser,
                      const std::vector<JudgedEvent>& events) {
     impl_->addBatch(session, peerUser, events);
+}
+
+std::optional<GivenConsent> Store::consent() { return impl_->consent(); }
+
+void Store::setConsent(std::string_view application, std::uint32_t peerUser,
+                       const Permissions& permissions) {
+    impl_->setConsent(application, peerUser, permissions);
 }
 
 }  // namespace Orvel::Service

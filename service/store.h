@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "service/calendar.h"
+#include "service/consent_record.h"
 #include "service/data_class.h"
 #include "service/error_name.h"
 #include "service/sql.h"
@@ -81,6 +82,14 @@ class Store {
     /// @param peerUser the user of this machine who sent the batch.
     void addBatch(const Session& session, std::uint32_t peerUser,
                   const std::vector<JudgedEvent>& events);
+
+    /// The consent as it was last set; nothing when it never was. @throws SqlError
+    std::optional<GivenConsent> consent();
+
+    /// Sets the consent. What it was before is kept. @throws SqlError
+    /// @param peerUser the user of this machine who runs the application.
+    void setConsent(std::string_view application, std::uint32_t peerUser,
+                    const Permissions& permissions);
 
   private:
     class Impl;

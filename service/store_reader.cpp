@@ -101,6 +101,16 @@ std::int64_t StoreReader::countEvents(const EventFilter& filter) {
     return count.integer(0);
 }
 
+std::optional<GivenConsent> StoreReader::consent() {
+    return holdsConsent(database_) ? lastConsent(database_) : std::nullopt;
+}
+
+void StoreReader::forEachConsentChange(const std::function<void(const ConsentChange&)>& visit) {
+    if (holdsConsent(database_)) {
+        visitConsentChanges(database_, visit);
+    }
+}
+
 void StoreReader::forEachClass(const std::function<void(const ClassRow&)>& visit) {
     Statement classes(database_, kClasses);
     while (classes.step()) {

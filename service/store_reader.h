@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "service/consent_table.h"
 #include "service/sql.h"
 
 namespace Orvel::Service {
@@ -77,6 +78,11 @@ class StoreReader {
     /// Visits registrations by application and identifier, the oldest registration first.
     /// @throws SqlError
     void forEachClass(const std::function<void(const ClassRow&)>& visit);
+
+    /// The consent as it was last set; nothing when it never was. @throws SqlError
+    std::optional<GivenConsent> consent();
+    /// Visits the changes of the consent, the oldest first. @throws SqlError
+    void forEachConsentChange(const std::function<void(const ConsentChange&)>& visit);
 
   private:
     Database database_;

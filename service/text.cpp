@@ -1,5 +1,6 @@
 #include "service/text.h"
 
+#include <array>
 #include <cstdint>
 
 namespace Orvel::Service {
@@ -30,6 +31,42 @@ void appendBytes(std::string& out, std::uint32_t point) {
     }
 }
 
+/// How many bytes a character has whose first one this is; 0 when it is no first one.
+std::size_t lengthOf(unsigned char lead) {
+    if (lead < 0x80) {
+        return 1;
+    }
+    return lead < 0xC2 || lead > 0xF4 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+}
+
+/// The character at the beginning of a text and the number of its bytes, if one is there.
+struct Character {
+    std::uint32_t point = 0;
+    std::size_t length = 0;
+};
+
+std::optional<Character> firstCharacter(std::string_view text) {
+    constexpr std::array<std::uint32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
+    const auto lead = static_cast<unsigned char>(text.front());
+    const std::size_t length = lengthOf(lead);
+    if (length == 0 || length > text.size()) {
+        return std::nullopt;
+    }
+    std::uint32_t point = length == 1 ? lead : lead & (0x7FU >> length);
+    for (const char next : text.substr(1, length - 1)) {
+        const auto byte = static_cast<unsigned char>(next);
+        if ((byte & 0xC0) != 0x80) {
+            return std::nullopt;
+        }
+        point = (point << 6) | (byte & 0x3FU);
+    }
+    if (point < kSmallest[length] || point > 0x10FFFF || isHighSurrogate(point) ||
+        isLowSurrogate(point)) {
+        return std::nullopt;
+    }
+    return Character{point, length};
+}
+
 }  // namespace
 
 std::optional<std::string> toUtf8(WideStringView text) {
@@ -48,6 +85,25 @@ std::optional<std::string> toUtf8(WideStringView text) {
             point = 0x10000 + ((point - 0xD800) << 10) + (std::uint32_t{text[i]} - 0xDC00);
         }
         appendBytes(out, point);
+    }
+    return out;
+}
+
+std::optional<WideString> toUtf16(std::string_view text) {
+    WideString out;
+    out.reserve(text.size());
+    while (!text.empty()) {
+        const auto character = firstCharacter(text);
+        if (!character) {
+            return std::nullopt;
+        }
+        if (character->point < 0x10000) {
+            out += static_cast<WideChar>(character->point);
+        } else {
+            out += static_cast<WideChar>(0xD7C0 + (character->point >> 10));
+            out += static_cast<WideChar>(0xDC00 + (character->point & 0x3FF));
+        }
+        text.remove_prefix(character->length);
     }
     return out;
 }

@@ -102,7 +102,8 @@ class ConversationTest : public testing::Test {
     Store store_{file_, [this] { return now_; }};
     std::string logged_;
     Log log_{[this](std::string_view line) { logged_ += line; }, [this] { return now_; }};
-    Conversation conversation_{store_, log_, peerOf(1001)};
+    Settings settings_;
+    Conversation conversation_{store_, settings_, log_, peerOf(1001)};
 };
 
 TEST_F(ConversationTest, AcknowledgesAHandshake) {
@@ -156,7 +157,8 @@ TEST_F(ConversationTest, RefusesASecondHandshakeWithAnotherName) {
 
 TEST_F(ConversationTest, RefusesCommandsBeforeTheHandshake) {
     for (const std::string token :
-         {"::REGISTER_DATACLASS::", "::COLLECT_DATACLASS::", "::GET_CONSENT::", "::NONSENSE::"}) {
+         {"::REGISTER_DATACLASS::", "::COLLECT_DATACLASS::", "::GET_CONSENT::", "::SET_CONSENT::",
+          "::GET_PRIVACY_DOCUMENTS::", "::NONSENSE::"}) {
         EXPECT_EQ(say("MyApp" + token + "{}"), refused(token, {"ApplicationIsNotConnected"}));
     }
 }
@@ -173,9 +175,8 @@ TEST_F(ConversationTest, RefusesAnotherApplicationsCommands) {
 
 TEST_F(ConversationTest, RefusesUnknownTokensUnderThemselves) {
     connect();
-    for (const std::string token :
-         {"::NONSENSE::", "::nonsense::", "::GET_CONSENT::", "::SET_CONSENT::",
-          "::GET_PRIVACY_DOCUMENTS::", "::SUCCESS::", "::ACK::"}) {
+    for (const std::string token : {"::NONSENSE::", "::nonsense::", "::CONSENT_RECORD::",
+                                    "::PRIVACY_DOCUMENTS::", "::SUCCESS::", "::ACK::"}) {
         EXPECT_EQ(say("MyApp" + token + "{}"), refused(token, {"MalformedOrUnknownMessage"}));
     }
 }
@@ -402,7 +403,7 @@ TEST_F(ConversationTest, LatestRegistrationJudgesWhateverVersionAnEventBears) {
 
 TEST_F(ConversationTest, ClassesBelongToTheApplicationThatRegisteredThem) {
     connectAndRegister(json::array());
-    Conversation other(store_, log_, {});
+    Conversation other(store_, settings_, log_, {});
     ASSERT_EQ(say(other, u"Other::CONNECT_APP::"), "Other::ACK::");
     json session = identity();
     session["1"] = "Other";

@@ -24,6 +24,20 @@ TEST(TextTest, RefusesUnpairedSurrogates) {
     EXPECT_EQ(toUtf8(WideString{0xDC00, 0xD800}), std::nullopt);
 }
 
+TEST(TextTest, ConvertsEveryLengthOfUtf8Back) {
+    const std::string text = "\u007F\u0080\u07FF\u0800\uD7FF\uE000\uFFFF\U00010000\U0010FFFF\0a"s;
+    EXPECT_EQ(toUtf16(text), wide(text));
+    EXPECT_EQ(toUtf16(""), u"");
+}
+
+TEST(TextTest, RefusesIllFormedUtf8) {
+    for (const char* text : {"\x80", "\xC1\xBF", "\xC3", "\xC3z", "\xE0\x9F\xBF", "\xED\xA0\x80",
+                             "\xED\xBF\xBF", "\xE4\xB8", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+                             "\xF0\x9F\x98", "\xF5\x80\x80\x80", "\xFF", "a\xBF"}) {
+        EXPECT_EQ(toUtf16(text), std::nullopt) << text;
+    }
+}
+
 TEST(TextTest, HelperOfTheseTestsIsTheInverse) {
     const std::string text = "a\u00E9\u4E2D\U0001F600\0z"s;
     EXPECT_EQ(toUtf8(wide(text)), text);

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/temporary_folder.h"
@@ -61,6 +62,10 @@ class ServiceProcess {
     /// Nothing runs yet. @param program the service's program.
     explicit ServiceProcess(std::filesystem::path program);
 
+    /// What the service's settings file holds from its next start on; at first it is empty, so that
+    /// every setting has its default whatever this machine's own settings are.
+    void useSettings(std::string toml) { settings_ = std::move(toml); }
+
     /// Starts the service and returns when it listens.
     /// @throws std::runtime_error with what it logged when it does not.
     void start();
@@ -78,6 +83,7 @@ class ServiceProcess {
     /// The folder that the service's socket is in: ORVEL_RPC_DIRECTORY of whoever looks for it.
     std::filesystem::path endpointFolder() const { return folder_.path() / "endpoint"; }
     std::filesystem::path dataFolder() const { return folder_.path() / "data"; }
+    std::filesystem::path settingsFile() const { return folder_.path() / "settings.toml"; }
     const std::filesystem::path& program() const { return program_; }
 
     /// The lines that the service has logged, as far as they have been read.
@@ -89,9 +95,11 @@ class ServiceProcess {
 
   private:
     std::vector<std::string> environment() const;
+    void writeSettings() const;
 
     TemporaryFolder folder_;
     std::filesystem::path program_;
+    std::string settings_;
     std::unique_ptr<Process> process_;
     std::vector<std::string> log_;
 };

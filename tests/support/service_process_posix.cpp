@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -183,10 +184,21 @@ std::vector<std::string> ServiceProcess::environment() const {
     return {"ORVEL_RPC_DIRECTORY=" + endpointFolder().string()};
 }
 
+void ServiceProcess::writeSettings() const {
+    std::ofstream file(settingsFile(), std::ios::binary);
+    file << settings_;
+    if (!file.flush()) {
+        throw std::runtime_error("cannot write " + settingsFile().string());
+    }
+}
+
 void ServiceProcess::start() {
-    process_ = std::make_unique<Process>(
-        program_, std::vector<std::string>{"serve", "--data", dataFolder().string()},
-        environment());
+    writeSettings();
+    process_ =
+        std::make_unique<Process>(program_,
+                                  std::vector<std::string>{"serve", "--data", dataFolder().string(),
+                                                           "--settings", settingsFile().string()},
+                                  environment());
     for (;;) {
         log_.push_back(process_->errorLine());
         if (log_.back().empty()) {

@@ -1,0 +1,168 @@
+#include "service/settings_file.h"
+
+#include <fmt/format.h>
+#include <toml++/toml.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "service/visible_text.h"
+
+namespace Orvel::Service {
+
+namespace {
+
+constexpr std::size_t kLargestFile = 1U << 20U;
+/// Clients take a reply that holds this word anywhere for an error.
+constexpr std::string_view kErrorMark = "ErrorCode";
+
+/// Something wrong in a file, and where.
+struct Fault {
+    toml::source_position place;
+    std::string what;
+};
+
+using Take = std::function<void(const toml::node& value)>;
+using Rule = std::function<bool(std::string_view text)>;
+
+[[noreturn]] void failToRead(const std::filesystem::path& file, int error) {
+    throw std::system_error(error, std::generic_category(),
+                            "cannot read the settings file " + file.string());
+}
+
+std::string contentOf(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::string content;
+    std::array<char, 4096> piece;
+    while (in.read(piece.data(), piece.size()) || in.gcount() > 0) {
+        content.append(piece.data(), static_cast<std::size_t>(in.gcount()));
+        if (content.size() > kLargestFile) {
+            failToRead(file, EFBIG);
+        }
+    }
+    if (!in.is_open() || in.bad()) {
+        failToRead(file, errno);
+    }
+    return content;
+}
+
+/// Hands every value of a table to whoever knows its key.
+void takeTable(const toml::table& table, const std::map<std::string_view, Take>& known) {
+    for (const auto& [key, value] : table) {
+        const auto take = known.find(key.str());
+        if (take == known.end()) {
+            throw Fault{key.source().begin,
+                        fmt::format("unknown key \"{}\"", visibleText(key.str()))};
+        }
+        take->second(value);
+    }
+}
+
+Take takeBoolean(bool& setting) {
+    return [&setting](const toml::node& value) {
+        const auto boolean = value.value_exact<bool>();
+        if (!boolean) {
+            throw Fault{value.source().begin, "this must be true or false"};
+        }
+        setting = *boolean;
+    };
+}
+
+/// @param form says what a text that follows the rule is.
+Take takeText(std::string& setting, Rule rule, std::string_view form) {
+    return [&setting, rule = std::move(rule), form](const toml::node& value) {
+        auto text = value.value_exact<std::string>();
+        if (!text || !rule(*text)) {
+            throw Fault{value.source().begin, fmt::format("this must be {}", form)};
+        }
+        if (text->find(kErrorMark) != std::string::npos) {
+            throw Fault{value.source().begin,
+                        fmt::format("this must not hold the word {}", kErrorMark)};
+        }
+        setting = std::move(*text);
+    };
+}
+
+bool isControl(char character) {
+    return (character >= 0 && character < ' ') || character == '\x7F';
+}
+
+bool isPlainText(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), isControl);
+}
+
+bool isCountryCode(std::string_view text) {
+    const auto isLetter = [](char character) { return character >= 'A' && character <= 'Z'; };
+    return text.empty() || (text.size() == 2 && std::all_of(text.begin(), text.end(), isLetter));
+}
+
+bool isAddress(std::string_view text) {
+    const auto continues = [text](std::string_view begin) {
+        return text.starts_with(begin) && text.size() > begin.size();
+    };
+    const bool isKnown = continues("https://") || continues("http://") || continues("file:///");
+    return text.empty() ||
+           (isKnown && isPlainText(text) && text.find(' ') == std::string_view::npos);
+}
+
+Take takePlainText(std::string& setting) {
+    return takeText(setting, isPlainText, "a text without control characters");
+}
+
+Take takeAddress(std::string& setting) {
+    return takeText(setting, isAddress,
+                    "an address that begins with https://, http:// or file:/// and has no blanks, "
+                    "or an empty text");
+}
+
+Take takeAddresses(PrivacyAddresses& addresses) {
+    return [&addresses](const toml::node& value) {
+        if (!value.is_table()) {
+            throw Fault{value.source().begin, "this must be a table"};
+        }
+        takeTable(*value.as_table(), {{"privacyurl", takeAddress(addresses.privacy)},
+                                      {"warrantyurl", takeAddress(addresses.warranty)},
+                                      {"telemetryurl", takeAddress(addresses.telemetry)}});
+    };
+}
+
+Settings settingsOf(const std::string& content) {
+    Settings settings;
+    takeTable(toml::parse(content),
+              {{"device_serial_number", takePlainText(settings.deviceSerialNumber)},
+               {"country_code", takeText(settings.countryCode, isCountryCode,
+                                         "two capital letters, or an empty text")},
+               {"tenant", takePlainText(settings.tenant)},
+               {"consent_source", takePlainText(settings.consentSource)},
+               {"managed", takeBoolean(settings.managed)},
+               {"process_data", takeBoolean(settings.processData)},
+               {"privacy_documents", takeAddresses(settings.privacyAddresses)}});
+    return settings;
+}
+
+[[noreturn]] void fail(const std::filesystem::path& file, const Fault& fault) {
+    throw std::runtime_error(fmt::format("{}:{}:{}: {}", file.string(), fault.place.line,
+                                         fault.place.column, fault.what));
+}
+
+}  // namespace
+
+Settings readSettings(const std::filesystem::path& file) {
+    try {
+        return settingsOf(contentOf(file));
+    } catch (const toml::parse_error& error) {
+        fail(file, {error.source().begin, std::string(error.description())});
+    } catch (const Fault& fault) {
+        fail(file, fault);
+    }
+}
+
+}  // namespace Orvel::Service
