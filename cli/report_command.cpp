@@ -30,14 +30,16 @@ void addReportCommand(CLI::App& app, Action& chosen) {
     CLI::App* const command =
         app.add_subcommand("report", "Send the events of a file to the service");
     command->description(kDescription);
-    command->add_option("--app", options->application, "The application's name")
+    command->add_option("--app", options->session.application, "The application's name")
         ->type_name("NAME")
         ->required();
-    command->add_option("--app-version", options->applicationVersion, "The application's version")
+    command
+        ->add_option("--app-version", options->session.applicationVersion,
+                     "The application's version")
         ->type_name("VERSION")
         ->required();
     command
-        ->add_option("--user", options->user,
+        ->add_option("--user", options->session.user,
                      "The user's identifier, a GUID in braces; generated when not given")
         ->type_name("GUID");
     command

@@ -28,6 +28,28 @@ TEST_F(ToolTest, HelpOfReportBeginsWithAnExampleAndNamesEveryOption) {
     }
 }
 
+TEST_F(ToolTest, HelpOfEveryConsentCommandBeginsWithAnExampleAndNamesItsOptions) {
+    const std::vector<std::string> common = {"--app ", "--app-version", "--json", "Exit status"};
+    const std::vector<std::string> purposes = {"--marketing", "--support", "--product-enhancement",
+                                               "accepted, rejected or unknown"};
+    EXPECT_THAT(run({"consent", "--help"}).out, AllOf(HasSubstr("get"), HasSubstr("set")));
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"consent", "get"}, {"consent", "set"}, {"documents"}}) {
+        auto arguments = command;
+        arguments.emplace_back("--help");
+        const ToolRun result = run(arguments);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_THAT(result.out, StartsWith("Example:\n  orvel-analytics " + command.front()));
+        for (const std::string& option : common) {
+            EXPECT_THAT(result.out, HasSubstr(option));
+        }
+        for (const std::string& option : purposes) {
+            EXPECT_EQ(result.out.find(option) != std::string::npos, command.back() == "set");
+        }
+    }
+    EXPECT_THAT(script.endpoints, IsEmpty());
+}
+
 TEST_F(ToolTest, VersionNamesTheToolAndItsVersion) {
     const ToolRun result = run({"--version"});
     EXPECT_EQ(result.status, 0);
@@ -84,7 +106,22 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{
             "BatchThatIsNoNumber",
             {"report", "--app", "a", "--app-version", "1", "--data-class", "x", "--batch", "ten"},
-            "--batch"}),
+            "--batch"},
+        WrongUsage{"NoConsentCommand", {"consent"}, "subcommand is required"},
+        WrongUsage{
+            "UnknownConsentCommand", {"consent", "forget"}, "there is no command \"forget\""},
+        WrongUsage{"SetWithoutAPurpose",
+                   {"consent", "set", "--app", "a", "--json"},
+                   "name what to change: --marketing, --support, --product-enhancement"},
+        WrongUsage{"UnknownPurpose", {"consent", "set", "--research", "accepted"}, "--research"},
+        WrongUsage{"UnknownAnswer", {"consent", "set", "--marketing", "maybe"}, "--marketing"},
+        WrongUsage{"AnswerAsANumber", {"consent", "set", "--marketing", "0"}, "--marketing"},
+        WrongUsage{"PurposeWithoutAnAnswer", {"consent", "set", "--support"}, "--support"},
+        WrongUsage{"TwoAnswersForOnePurpose",
+                   {"consent", "set", "--support", "accepted", "--support", "rejected"},
+                   "--support"},
+        WrongUsage{"GetWithAPurpose", {"consent", "get", "--marketing", "accepted"}, "--marketing"},
+        WrongUsage{"DocumentsWithAName", {"documents", "privacy"}, "privacy"}),
     [](const auto& instance) { return instance.param.name; });
 
 TEST_F(ToolTest, ADataClassFileThatIsMissingIsWrongUsage) {
