@@ -7,6 +7,7 @@
 #include <string>
 
 #include "cli/consent.h"
+#include "cli/help.h"
 
 namespace Orvel::Tool {
 
@@ -15,13 +16,13 @@ namespace {
 using Value = ProcessingPermissions::ProcessingPermissionValue;
 using Options = std::shared_ptr<ConsentOptions>;
 
-constexpr const char* kConsentDescription = R"(Example:
+constexpr const char* kConsentHelp = R"(Example:
   orvel-analytics consent set --marketing rejected
 
 Shows or changes what the user of this machine permits data to be processed for.
 )";
 
-constexpr const char* kGetDescription = R"(Example:
+constexpr const char* kGetHelp = R"(Example:
   orvel-analytics consent get
 
 Shows the consent record that the analytics service keeps.
@@ -30,7 +31,7 @@ Exit status: 0 it is shown, 1 the service refused, 2 wrong usage, 3 the service 
 be reached, 4 its reply cannot be read.
 )";
 
-constexpr const char* kSetDescription = R"(Example:
+constexpr const char* kSetHelp = R"(Example:
   orvel-analytics consent set --marketing rejected --support accepted
 
 Changes the answers for the purposes named, leaves the others as they are, and shows the
@@ -40,7 +41,7 @@ Exit status: 0 it is changed and shown, 1 the service refused, 2 wrong usage, 3 
 cannot be reached, 4 its reply cannot be read.
 )";
 
-constexpr const char* kDocumentsDescription = R"(Example:
+constexpr const char* kDocumentsHelp = R"(Example:
   orvel-analytics documents
 
 Shows the addresses of the privacy documents.
@@ -56,10 +57,10 @@ const std::map<std::string, Value>& answers() {
 }
 
 /// Adds a command with the options that all of them have.
-CLI::App& addCommand(CLI::App& parent, const char* name, const char* summary,
-                     const char* description, const Options& options) {
+CLI::App& addCommand(CLI::App& parent, const char* name, const char* summary, const char* help,
+                     const Options& options) {
     CLI::App& command = *parent.add_subcommand(name, summary);
-    command.description(description);
+    explain(command, help);
     options->session.application = "orvel-analytics";
     options->session.applicationVersion = ORVEL_TOOL_VERSION;
     command
@@ -81,14 +82,14 @@ void addPurpose(CLI::App& command, const char* option, const char* purpose,
     command
         .add_option_function<std::string>(
             option, [&answer](const std::string& word) { answer = answers().at(word); },
-            std::string("The answer for ") + purpose + ": accepted, rejected or unknown")
+            std::string("The answer for ") + purpose)
         ->type_name("ANSWER")
         ->check(CLI::IsMember(&answers()));
 }
 
 void addGetCommand(CLI::App& consent, Action& chosen) {
     const auto options = std::make_shared<ConsentOptions>();
-    addCommand(consent, "get", "Show the consent record", kGetDescription, options)
+    addCommand(consent, "get", "Show the consent record", kGetHelp, options)
         .callback([options, &chosen] {
             chosen = [options](Console& console) { return getConsent(*options, console); };
         });
@@ -96,8 +97,8 @@ void addGetCommand(CLI::App& consent, Action& chosen) {
 
 void addSetCommand(CLI::App& consent, Action& chosen) {
     const auto options = std::make_shared<ConsentOptions>();
-    CLI::App& command = addCommand(consent, "set", "Change the answers for some purposes",
-                                   kSetDescription, options);
+    CLI::App& command =
+        addCommand(consent, "set", "Change the answers for some purposes", kSetHelp, options);
     addPurpose(command, "--marketing", "marketing", options->marketing);
     addPurpose(command, "--support", "support", options->support);
     addPurpose(command, "--product-enhancement", "enhancing the product",
@@ -115,7 +116,7 @@ void addSetCommand(CLI::App& consent, Action& chosen) {
 
 void addConsentCommand(CLI::App& app, Action& chosen) {
     CLI::App& consent = *app.add_subcommand("consent", "Show or change the user's consent");
-    consent.description(kConsentDescription);
+    explain(consent, kConsentHelp);
     consent.require_subcommand(1);
     addGetCommand(consent, chosen);
     addSetCommand(consent, chosen);
@@ -123,8 +124,8 @@ void addConsentCommand(CLI::App& app, Action& chosen) {
 
 void addDocumentsCommand(CLI::App& app, Action& chosen) {
     const auto options = std::make_shared<ConsentOptions>();
-    addCommand(app, "documents", "Show the addresses of the privacy documents",
-               kDocumentsDescription, options)
+    addCommand(app, "documents", "Show the addresses of the privacy documents", kDocumentsHelp,
+               options)
         .callback([options, &chosen] {
             chosen = [options](Console& console) { return showDocuments(*options, console); };
         });

@@ -4,13 +4,14 @@
 
 #include <memory>
 
+#include "cli/help.h"
 #include "cli/report.h"
 
 namespace Orvel::Tool {
 
 namespace {
 
-constexpr const char* kDescription = R"(Example:
+constexpr const char* kHelp = R"(Example:
   orvel-analytics report --app editor --app-version 2.1 --data-class usage.json events.jsonl
 
 Registers a data class, then reads one JSON object a line, checks each against the
@@ -29,7 +30,7 @@ void addReportCommand(CLI::App& app, Action& chosen) {
     auto options = std::make_shared<ReportOptions>();
     CLI::App* const command =
         app.add_subcommand("report", "Send the events of a file to the service");
-    command->description(kDescription);
+    explain(*command, kHelp);
     command->add_option("--app", options->session.application, "The application's name")
         ->type_name("NAME")
         ->required();

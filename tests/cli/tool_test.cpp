@@ -14,8 +14,18 @@ TEST_F(ToolTest, HelpBeginsWithAnExample) {
     const ToolRun result = run({"--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, StartsWith("Example:\n  orvel-analytics report "));
-    EXPECT_THAT(result.out, HasSubstr("report"));
     EXPECT_THAT(result.err, IsEmpty());
+}
+
+TEST_F(ToolTest, HelpListsEachCommandOnOneLine) {
+    EXPECT_THAT(run({"--help"}).out,
+                testing::ContainsRegex("\n  report  +Send the events of a file to the service\n"
+                                       "  consent  +Show or change the user's consent\n"
+                                       "  documents  +Show the addresses of the privacy "
+                                       "documents\n"));
+    EXPECT_THAT(run({"consent", "--help"}).out,
+                testing::ContainsRegex("\n  get  +Show the consent record\n"
+                                       "  set  +Change the answers for some purposes\n"));
 }
 
 TEST_F(ToolTest, HelpOfReportBeginsWithAnExampleAndNamesEveryOption) {
@@ -31,7 +41,7 @@ TEST_F(ToolTest, HelpOfReportBeginsWithAnExampleAndNamesEveryOption) {
 TEST_F(ToolTest, HelpOfEveryConsentCommandBeginsWithAnExampleAndNamesItsOptions) {
     const std::vector<std::string> common = {"--app ", "--app-version", "--json", "Exit status"};
     const std::vector<std::string> purposes = {"--marketing", "--support", "--product-enhancement",
-                                               "accepted, rejected or unknown"};
+                                               "{accepted,rejected,unknown}"};
     EXPECT_THAT(run({"consent", "--help"}).out, AllOf(HasSubstr("get"), HasSubstr("set")));
     for (const std::vector<std::string>& command :
          {std::vector<std::string>{"consent", "get"}, {"consent", "set"}, {"documents"}}) {
