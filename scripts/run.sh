@@ -50,9 +50,22 @@ userFile() {
     printf '%s\n' "$file"
 }
 
+# Settings of this run alone, so that the machine's own change nothing here.
+writeSettings() {
+    cat >"$runFolder/settings.toml" <<'TOML'
+device_serial_number = "dev-run-1"
+
+[privacy_documents]
+privacyurl = "https://example.com/privacy"
+warrantyurl = "https://example.com/warranty"
+telemetryurl = "https://example.com/telemetry"
+TOML
+}
+
 startService() {
     rm -rf "$runFolder"
     mkdir -p "$runFolder/log"
+    writeSettings
     ORVEL_RPC_DIRECTORY=$root/$runFolder/rpc
     temporaryFolder=
     if [ "$(printf '%s' "$ORVEL_RPC_DIRECTORY/$socketName" | wc -c)" -gt "$longestSocketPath" ]; then
@@ -65,7 +78,8 @@ startService() {
 
     say "Starting the service in $runFolder/data"
     serviceLog=$runFolder/service.log
-    "$programs/service/orvel-analyticsd" serve --data "$runFolder/data" 2>"$serviceLog" &
+    "$programs/service/orvel-analyticsd" serve --data "$runFolder/data" \
+        --settings "$runFolder/settings.toml" 2>"$serviceLog" &
     service=$!
     local tries
     for ((tries = 0; tries < 600; tries++)); do
@@ -221,7 +235,7 @@ showConsent() {
     tool consent set --product-enhancement accepted || consentFailed=1
     [ "$(permissions)" = "$(jq -cS '.product_enhancement = "Accepted"' <<<"$before")" ] ||
         consentFailed=1
-    say "The privacy documents"
+    say "The privacy documents, as $runFolder/settings.toml names them"
     tool documents || consentFailed=1
     [ -z "${consentFailed:-}" ] || printf 'dev: the consent was not shown and changed\n' >&2
 }
