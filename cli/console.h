@@ -25,8 +25,9 @@ struct Console {
     std::function<std::int64_t()> now;
 };
 
-/// A text made safe for a terminal: control characters and bytes that are no UTF-8 are shown as
-/// escapes such as `\x1b`, so that nothing a file holds can steer the terminal or fake a line.
+/// A text made safe for a terminal: control characters, line separators, marks of writing direction
+/// and bytes that are no UTF-8 are shown as escapes such as `\x1b`, so that nothing a file or a
+/// reply holds can steer the terminal or fake a line.
 [[nodiscard]] std::string printable(std::string_view text);
 
 /// Writes what is still buffered to standard output.

@@ -7,7 +7,7 @@
 #include <string_view>
 
 /// @file
-/// JSON in words for people.
+/// JSON in words for people, and in lines for programs.
 
 namespace Orvel::Tool {
 
@@ -39,6 +39,13 @@ template <typename Json>
         return std::string(whole.substr(syntax));
     }
     return std::string(number == std::string_view::npos ? whole : whole.substr(number + 2));
+}
+
+/// A value on one line, in ASCII, so that no text in it can steer a terminal. File names and
+/// messages of the system need not be UTF-8: the bytes that are not are replaced.
+template <typename Json>
+[[nodiscard]] std::string jsonLine(const Json& value) {
+    return value.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
 }  // namespace Orvel::Tool

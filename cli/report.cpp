@@ -26,26 +26,6 @@ namespace {
 using Analytics::Emitters::AnalyticsResult;
 
 constexpr std::size_t kLongestLine = std::size_t{16} << 20;
-/// A batch whose lines reach this size is sent before it is full, so that memory stays bounded.
-constexpr std::size_t kLargestBatch = std::size_t{32} << 20;
-
-WideString wideArgument(const std::string& text, const char* option) {
-    try {
-        return toWide(text);
-    } catch (const std::invalid_argument& error) {
-        throw Failure(ExitStatus::Usage, fmt::format("{}: {}", option, error.what()));
-    }
-}
-
-AnalyticsSession makeSession(const ReportOptions& options) {
-    try {
-        return {wideArgument(options.application, "--app"),
-                wideArgument(options.applicationVersion, "--app-version"),
-                wideArgument(options.user, "--user"), ORVEL_TEXT("orvel-analytics report")};
-    } catch (const char* message) {
-        throw Failure(ExitStatus::Usage, message);
-    }
-}
 
 /// A line is judged without the service, and there a generic error has one meaning only.
 Verdict verdictOnLine(AnalyticsResult result) {
@@ -89,7 +69,7 @@ class Reporter {
           console_(console),
           summary_(summary),
           dataClass_(readDataClassFile(options.dataClassFile)),
-          session_(makeSession(options)),
+          session_(makeSession(options.session)),
           source_(options, console),
           progress_(console, source_.size()) {}
 
@@ -101,7 +81,7 @@ class Reporter {
         while (reader.next(line)) {
             ++summary_.lines;
             collect(line);
-            if (pending_.events == options_.batch || pendingBytes_ >= kLargestBatch) {
+            if (pending_.events == options_.batch || pendingBytes_ >= options_.batchBytes) {
                 send();
             }
             progress_.show(reader.bytes(), summary_.lines);

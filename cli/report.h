@@ -6,6 +6,7 @@
 
 #include "cli/console.h"
 #include "cli/failure.h"
+#include "cli/tool_session.h"
 
 /// @file
 /// The command `report`: sends the events of a file to the service.
@@ -14,15 +15,14 @@ namespace Orvel::Tool {
 
 /// What the command line says.
 struct ReportOptions {
-    std::string application;
-    std::string applicationVersion;
-    /// A GUID in braces; empty when the library is to generate one.
-    std::string user;
+    SessionOptions session;
     std::string dataClassFile;
     /// The member of an event that holds its time; empty for the time of collection.
     std::string timeMember;
     /// Events per batch.
     std::size_t batch = 1000;
+    /// A batch whose lines reach this size is sent before it is full, so that memory stays bounded.
+    std::size_t batchBytes = std::size_t{32} << 20;
     /// Whether the summary is for programs.
     bool json = false;
     /// The file of events; "-" is standard input.

@@ -4,13 +4,14 @@
 
 #include <memory>
 
+#include "cli/help.h"
 #include "cli/report.h"
 
 namespace Orvel::Tool {
 
 namespace {
 
-constexpr const char* kDescription = R"(Example:
+constexpr const char* kHelp = R"(Example:
   orvel-analytics report --app editor --app-version 2.1 --data-class usage.json events.jsonl
 
 Registers a data class, then reads one JSON object a line, checks each against the
@@ -29,15 +30,17 @@ void addReportCommand(CLI::App& app, Action& chosen) {
     auto options = std::make_shared<ReportOptions>();
     CLI::App* const command =
         app.add_subcommand("report", "Send the events of a file to the service");
-    command->description(kDescription);
-    command->add_option("--app", options->application, "The application's name")
+    explain(*command, kHelp);
+    command->add_option("--app", options->session.application, "The application's name")
         ->type_name("NAME")
         ->required();
-    command->add_option("--app-version", options->applicationVersion, "The application's version")
+    command
+        ->add_option("--app-version", options->session.applicationVersion,
+                     "The application's version")
         ->type_name("VERSION")
         ->required();
     command
-        ->add_option("--user", options->user,
+        ->add_option("--user", options->session.user,
                      "The user's identifier, a GUID in braces; generated when not given")
         ->type_name("GUID");
     command

@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+#include "cli/json_words.h"
 #include "cli/result_names.h"
 
 namespace Orvel::Tool {
@@ -93,8 +94,7 @@ std::string summaryJson(const ReportSummary& summary) {
         {"exit_status", static_cast<int>(summary.status)},
     };
     document["error"] = summary.error.empty() ? Json() : Json(summary.error);
-    // File names and messages of the system need not be UTF-8; the output must be.
-    return document.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return jsonLine(document);
 }
 
 }  // namespace Orvel::Tool

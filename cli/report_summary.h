@@ -68,7 +68,7 @@ struct ReportSummary {
 /// The summary for people: one sentence, without a line end.
 [[nodiscard]] std::string summaryText(const ReportSummary& summary);
 
-/// The summary for programs: one JSON object on one line, UTF-8.
+/// The summary for programs: one JSON object on one line, in ASCII.
 [[nodiscard]] std::string summaryJson(const ReportSummary& summary);
 
 }  // namespace Orvel::Tool

@@ -6,6 +6,7 @@
 #include <new>
 #include <ostream>
 
+#include "cli/consent_command.h"
 #include "cli/report_command.h"
 
 namespace Orvel::Tool {
@@ -21,8 +22,12 @@ a command.
 
 /// Answers `--help`, `--version` and a command line that cannot be used.
 ExitStatus answer(const CLI::App& app, const CLI::ParseError& outcome, Console& console) {
-    const auto unknown = app.remaining();
-    if (app.get_subcommands().empty() && !unknown.empty()) {
+    const CLI::App* command = &app;
+    while (!command->get_subcommands().empty()) {
+        command = command->get_subcommands().front();
+    }
+    const auto unknown = command->remaining();
+    if (command->get_require_subcommand_min() > 0 && !unknown.empty()) {
         throw Failure(ExitStatus::Usage,
                       "there is no command \"" + unknown.front() + "\"; see --help");
     }
@@ -37,6 +42,8 @@ ExitStatus parseAndRun(int argc, const char* const* argv, Console& console) {
     app.set_version_flag("--version", "orvel-analytics " ORVEL_TOOL_VERSION, "Print the version");
     app.require_subcommand(1);
     addReportCommand(app, chosen);
+    addConsentCommand(app, chosen);
+    addDocumentsCommand(app, chosen);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& outcome) {

@@ -3,14 +3,13 @@
 
 # buildPreset PRESET [TARGET...]
 buildPreset() {
-    local preset=$1 launcher=() targets=()
+    local preset=$1 launcher='' targets=()
     shift
-    if command -v ccache >/dev/null; then
-        launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-    fi
+    # Told to CMake every time, so that a build folder made with ccache also works without it.
+    ! command -v ccache >/dev/null || launcher=ccache
     [ $# -eq 0 ] || targets=(--target "$@")
     mkdir -p "$root/build"
-    cmake --preset "$preset" "${launcher[@]}" >"$root/build/configure.log" 2>&1 || {
+    cmake --preset "$preset" -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher" >"$root/build/configure.log" 2>&1 || {
         cat "$root/build/configure.log" >&2
         fail "the build could not be configured"
     }

@@ -3,7 +3,8 @@
 
 buildPackages=(
     build-essential ccache cmake jq libasio-dev libcli11-dev libfmt-dev libgmock-dev libgtest-dev
-    libsqlite3-dev libyyjson-dev ninja-build nlohmann-json3-dev pkg-config zlib1g-dev
+    libsqlite3-dev libtomlplusplus-dev libyyjson-dev ninja-build nlohmann-json3-dev pkg-config
+    zlib1g-dev
 )
 lintPackages=(clang-format clang-tidy git shellcheck)
 

@@ -1,6 +1,7 @@
 # shellcheck shell=bash
 # Shows the whole road of an event on this machine: reports real data through the library to a
-# service of its own, and compares what the service stored with the data. Sourced by dev.
+# service of its own, changes the user's consent there, and compares what the service stored with
+# the data. Sourced by dev.
 
 machineLog=/var/log/dpkg.log
 sampleLog=examples/package_history/sample/dpkg.log
@@ -36,6 +37,7 @@ runDemo() {
         reportPackageLog
     fi
     showStored
+    showConsent
     stopService
     judge
 }
@@ -48,9 +50,22 @@ userFile() {
     printf '%s\n' "$file"
 }
 
+# Settings of this run alone, so that the machine's own change nothing here.
+writeSettings() {
+    cat >"$runFolder/settings.toml" <<'TOML'
+device_serial_number = "dev-run-1"
+
+[privacy_documents]
+privacyurl = "https://example.com/privacy"
+warrantyurl = "https://example.com/warranty"
+telemetryurl = "https://example.com/telemetry"
+TOML
+}
+
 startService() {
     rm -rf "$runFolder"
     mkdir -p "$runFolder/log"
+    writeSettings
     ORVEL_RPC_DIRECTORY=$root/$runFolder/rpc
     temporaryFolder=
     if [ "$(printf '%s' "$ORVEL_RPC_DIRECTORY/$socketName" | wc -c)" -gt "$longestSocketPath" ]; then
@@ -63,7 +78,8 @@ startService() {
 
     say "Starting the service in $runFolder/data"
     serviceLog=$runFolder/service.log
-    "$programs/service/orvel-analyticsd" serve --data "$runFolder/data" 2>"$serviceLog" &
+    "$programs/service/orvel-analyticsd" serve --data "$runFolder/data" \
+        --settings "$runFolder/settings.toml" 2>"$serviceLog" &
     service=$!
     local tries
     for ((tries = 0; tries < 600; tries++)); do
@@ -181,7 +197,7 @@ reportUserEvents() {
     fewest=1
     expectedCount=$(grep -c '[^[:space:]]' "$events" || true)
     say "Reporting $events"
-    "$programs/cli/orvel-analytics" report --app dev-run --app-version 1.0 \
+    tool report --app dev-run --app-version 1.0 \
         --data-class "$dataClass" "$events" || reportFailed=1
     # A line that is no JSON was refused, and is missed in the count.
     jq -cR 'sub("^\ufeff"; "") | fromjson? // empty' "$events" | canonicalEvents >"$runFolder/expected"
@@ -205,6 +221,25 @@ showStored() {
         "jq . $serviceLog"
 }
 
+tool() { "$programs/cli/orvel-analytics" "$@"; }
+
+permissions() { tool consent get --json | jq -cS '.consent.processing_permissions'; }
+
+# One change of the consent, made and read through the tool.
+showConsent() {
+    local before
+    say "The user's consent, as the service has it"
+    tool consent get || consentFailed=1
+    before=$(permissions) || consentFailed=1
+    say "Accepting product enhancement, and nothing else"
+    tool consent set --product-enhancement accepted || consentFailed=1
+    [ "$(permissions)" = "$(jq -cS '.product_enhancement = "Accepted"' <<<"$before")" ] ||
+        consentFailed=1
+    say "The privacy documents, as $runFolder/settings.toml names them"
+    tool documents || consentFailed=1
+    [ -z "${consentFailed:-}" ] || printf 'dev: the consent was not shown and changed\n' >&2
+}
+
 # The last line, and the exit status.
 judge() {
     local differences
@@ -218,5 +253,5 @@ judge() {
     fi
     printf 'stored %d of %d events\n' "$storedCount" "$expectedCount"
     [ "$storedCount" -eq "$expectedCount" ] && [ "$expectedCount" -ge "$fewest" ] &&
-        [ -z "${reportFailed:-}" ] && [ -z "${serviceFailed:-}" ]
+        [ -z "${reportFailed:-}" ] && [ -z "${consentFailed:-}" ] && [ -z "${serviceFailed:-}" ]
 }

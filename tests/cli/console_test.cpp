@@ -27,6 +27,13 @@ TEST(PrintableTest, ControlCharactersAboveAsciiAreEscaped) {
               "\\u009b31m\xC2\xA0");
 }
 
+TEST(PrintableTest, LineSeparatorsAndMarksOfWritingDirectionAreEscaped) {
+    EXPECT_EQ(
+        printable("a\u2027\u2028\u2029\u202Ab\u202E\u202F\u200D\u200E\u2065\u2066\u2069\u061C"),
+        "a\u2027\\u2028\\u2029\\u202ab\\u202e\u202F\u200D\\u200e\u2065\\u2066\\u2069\\u061c");
+    EXPECT_EQ(printable("\U0001F4DD\u2028"), "\U0001F4DD\\u2028");
+}
+
 TEST(PrintableTest, BytesThatAreNoUtf8AreEscaped) {
     EXPECT_EQ(printable("caf\xE9!"), "caf\\xe9!");
     EXPECT_EQ(printable("\xC2"), "\\xc2");

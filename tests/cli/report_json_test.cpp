@@ -81,6 +81,12 @@ TEST_F(ReportJsonTest, AFileNameThatIsNotUtf8StillMakesJson) {
     EXPECT_EQ(summary.at("exit_status"), 2);
 }
 
+TEST_F(ReportJsonTest, NoFileNameCanSteerATerminal) {
+    const ToolRun result = runReport({"--json", "no\u009b\u202esuch\x7f"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.out, testing::HasSubstr("no\\u009b\\u202esuch\\u007f"));
+}
+
 TEST_F(ReportJsonTest, ListsNoMoreRefusalsThanMemoryAllows) {
     std::string lines;
     for (std::size_t i = 0; i < ReportSummary::kLongestList + 5; ++i) {

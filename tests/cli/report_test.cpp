@@ -1,5 +1,9 @@
+#include "cli/report.h"
+
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+
+#include <sstream>
 
 #include "cli/tool_fixture.h"
 #include "orvel/relay/rpc_client.h"
@@ -122,10 +126,26 @@ TEST_F(ReportTest, RefusedLinesDoNotCountTowardsABatch) {
 }
 
 TEST_F(ReportTest, LongLinesAreSentEarlySoThatMemoryStaysBounded) {
-    const std::string line = "{\"other\":\"" + std::string(15U << 20, 'x') + "\"}\n";
-    const ToolRun result = runReport({}, line + line + line + line);
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_THAT(result.out, HasSubstr("4 events: 4 accepted, 0 refused; 2 batches sent"));
+    ReportOptions options;
+    EXPECT_EQ(options.batchBytes, 32U << 20) << "the limit of every run of the tool";
+    options.session = {"app", "3", ""};
+    options.dataClassFile = write("class.json", kDataClass);
+    options.batchBytes = 2000;
+    const std::string line = "{\"other\":\"" + std::string(1000 - 12, 'x') + "\"}";
+    ASSERT_EQ(line.size(), 1000U);
+    std::string lines;
+    for (int i = 0; i < 5; ++i) {
+        lines += line + '\n';
+    }
+    std::istringstream in(lines);
+    std::ostringstream out;
+    std::ostringstream err;
+    Console console{in, out, err, false, false, [] { return kNow; }};
+    EXPECT_EQ(report(options, console), ExitStatus::Success) << err.str();
+    EXPECT_THAT(out.str(), HasSubstr("5 events: 5 accepted, 0 refused; 3 batches sent"));
+    ASSERT_THAT(batches(), SizeIs(3));
+    EXPECT_THAT(eventsOf(batches()[0]), SizeIs(2));
+    EXPECT_THAT(eventsOf(batches()[1]), SizeIs(2));
 }
 
 TEST_F(ReportTest, ALineBeyondTheLimitIsRefusedAndTheNextOneIsRead) {

@@ -14,8 +14,18 @@ TEST_F(ToolTest, HelpBeginsWithAnExample) {
     const ToolRun result = run({"--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, StartsWith("Example:\n  orvel-analytics report "));
-    EXPECT_THAT(result.out, HasSubstr("report"));
     EXPECT_THAT(result.err, IsEmpty());
+}
+
+TEST_F(ToolTest, HelpListsEachCommandOnOneLine) {
+    EXPECT_THAT(run({"--help"}).out,
+                testing::ContainsRegex("\n  report  +Send the events of a file to the service\n"
+                                       "  consent  +Show or change the user's consent\n"
+                                       "  documents  +Show the addresses of the privacy "
+                                       "documents\n"));
+    EXPECT_THAT(run({"consent", "--help"}).out,
+                testing::ContainsRegex("\n  get  +Show the consent record\n"
+                                       "  set  +Change the answers for some purposes\n"));
 }
 
 TEST_F(ToolTest, HelpOfReportBeginsWithAnExampleAndNamesEveryOption) {
@@ -26,6 +36,28 @@ TEST_F(ToolTest, HelpOfReportBeginsWithAnExampleAndNamesEveryOption) {
                                "--batch", "--json", "EVENTS", "Exit status"}) {
         EXPECT_THAT(result.out, HasSubstr(option));
     }
+}
+
+TEST_F(ToolTest, HelpOfEveryConsentCommandBeginsWithAnExampleAndNamesItsOptions) {
+    const std::vector<std::string> common = {"--app ", "--app-version", "--json", "Exit status"};
+    const std::vector<std::string> purposes = {"--marketing", "--support", "--product-enhancement",
+                                               "{accepted,rejected,unknown}"};
+    EXPECT_THAT(run({"consent", "--help"}).out, AllOf(HasSubstr("get"), HasSubstr("set")));
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"consent", "get"}, {"consent", "set"}, {"documents"}}) {
+        auto arguments = command;
+        arguments.emplace_back("--help");
+        const ToolRun result = run(arguments);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_THAT(result.out, StartsWith("Example:\n  orvel-analytics " + command.front()));
+        for (const std::string& option : common) {
+            EXPECT_THAT(result.out, HasSubstr(option));
+        }
+        for (const std::string& option : purposes) {
+            EXPECT_EQ(result.out.find(option) != std::string::npos, command.back() == "set");
+        }
+    }
+    EXPECT_THAT(script.endpoints, IsEmpty());
 }
 
 TEST_F(ToolTest, VersionNamesTheToolAndItsVersion) {
@@ -84,7 +116,22 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{
             "BatchThatIsNoNumber",
             {"report", "--app", "a", "--app-version", "1", "--data-class", "x", "--batch", "ten"},
-            "--batch"}),
+            "--batch"},
+        WrongUsage{"NoConsentCommand", {"consent"}, "subcommand is required"},
+        WrongUsage{
+            "UnknownConsentCommand", {"consent", "forget"}, "there is no command \"forget\""},
+        WrongUsage{"SetWithoutAPurpose",
+                   {"consent", "set", "--app", "a", "--json"},
+                   "name what to change: --marketing, --support, --product-enhancement"},
+        WrongUsage{"UnknownPurpose", {"consent", "set", "--research", "accepted"}, "--research"},
+        WrongUsage{"UnknownAnswer", {"consent", "set", "--marketing", "maybe"}, "--marketing"},
+        WrongUsage{"AnswerAsANumber", {"consent", "set", "--marketing", "0"}, "--marketing"},
+        WrongUsage{"PurposeWithoutAnAnswer", {"consent", "set", "--support"}, "--support"},
+        WrongUsage{"TwoAnswersForOnePurpose",
+                   {"consent", "set", "--support", "accepted", "--support", "rejected"},
+                   "--support"},
+        WrongUsage{"GetWithAPurpose", {"consent", "get", "--marketing", "accepted"}, "--marketing"},
+        WrongUsage{"DocumentsWithAName", {"documents", "privacy"}, "privacy"}),
     [](const auto& instance) { return instance.param.name; });
 
 TEST_F(ToolTest, ADataClassFileThatIsMissingIsWrongUsage) {
