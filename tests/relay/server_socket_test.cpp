@@ -140,6 +140,7 @@ TEST(ServerSocket, OfManyServersThatStartAtOnceExactlyOneWins) {
         std::barrier together(kServers);
         std::atomic<int> won = 0;
         std::vector<std::thread> threads;
+        threads.reserve(kServers);
         for (int i = 0; i < kServers; ++i) {
             threads.emplace_back([&] {
                 std::optional<Server::Server> server;

@@ -139,7 +139,7 @@ TEST(Server, AThrowingFactoryEndsThatConnectionOnly) {
 
 TEST(Server, AThrowingConversationEndsItsConnectionOnly) {
     RunningServer server(
-        always([](const WideString&, std::uint32_t, WideString command) -> Server::Answer {
+        always([](const WideString&, std::uint32_t, const WideString& command) -> Server::Answer {
             if (command == u"throw") {
                 throw std::runtime_error("of the conversation");
             }
@@ -252,6 +252,7 @@ TEST(Server, ExecutesCommandsOfSeveralConnectionsAtATime) {
                          }),
                          options);
     std::vector<std::thread> threads;
+    threads.reserve(3);
     for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&] {
             const auto client = server.makeClient();

@@ -15,6 +15,8 @@ namespace {
 // Lone surrogates, U+0000 and a pair.
 const WideString kOddText(u"a\xD800\x0000\xDFFFz\xD83D\xDE00", 7);
 
+constexpr std::size_t kKibibyte = 1024;
+
 std::string asString(std::span<const std::byte> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
@@ -58,16 +60,16 @@ TEST(WireText, AnEmptyTextIsCompleteAtOnce) {
 
 TEST(WireText, AClaimAloneCostsNoMemory) {
     IncomingText text(kLargestBody);
-    EXPECT_LE(text.room().size(), 64u * 1024);
+    EXPECT_LE(text.room().size(), 64 * kKibibyte);
 }
 
 TEST(WireText, MemoryStaysWithinTheDoubleOfWhatHasArrived) {
     IncomingText text(kLargestBody);
     std::size_t arrived = 0;
-    while (arrived < 8u * 1024 * 1024) {
+    while (arrived < 8 * kKibibyte * kKibibyte) {
         const std::size_t room = text.room().size();
         ASSERT_GT(room, 0u);
-        ASSERT_LE(room, std::max<std::size_t>(arrived, 64u * 1024));
+        ASSERT_LE(room, std::max<std::size_t>(arrived, 64 * kKibibyte));
         const std::size_t count = std::min<std::size_t>(room, 10'001);
         text.arrived(count);
         arrived += count;
