@@ -1,8 +1,8 @@
 /// The library and the real service: what a session reports is what is stored.
 
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
+
 #include <sstream>
 #include <string>
 #include <vector>
