@@ -41,13 +41,16 @@ class EventSource {
         if (options.events == "-") {
             return;
         }
+        std::error_code ignored;  // A pipe has no size, and then no percentage is shown.
+        if (std::filesystem::is_directory(options.events, ignored)) {
+            throw Failure(ExitStatus::Usage, fmt::format("{}: is a folder", options.events));
+        }
         errno = 0;
         file_.open(options.events, std::ios::binary);
         if (!file_) {
             throw Failure(ExitStatus::Usage, fmt::format("{}: cannot be read: {}", options.events,
                                                          std::system_category().message(errno)));
         }
-        std::error_code ignored;  // A pipe has no size, and then no percentage is shown.
         const std::uintmax_t size = std::filesystem::file_size(options.events, ignored);
         size_ = ignored ? 0 : size;
     }

@@ -25,7 +25,8 @@ std::string_view words(std::int32_t status) {
         case Status::kTimeout:
             return "it did not answer in time";
         case Status::kServerUnavailable:
-            return "nobody listens at its endpoint; is orvel-analyticsd running?";
+            return "nobody listens at its endpoint; is orvel-analyticsd running, and with the same "
+                   "ORVEL_RPC_DIRECTORY, if that is set?";
         case Status::kConnectionLost:
             return "it closed the connection";
         case Status::kProtocolError:

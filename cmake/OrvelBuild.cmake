@@ -15,6 +15,9 @@ endif()
 
 # Warnings for code of the project, never for what it includes.
 function(orvel_warnings target)
+  if(ORVEL_SANITIZE)
+    set(sanitizer_noise $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+  endif()
   if(MSVC)
     target_compile_options(${target} PRIVATE /W4 $<$<BOOL:${ORVEL_WARNINGS_AS_ERRORS}>:/WX>)
   else()
@@ -32,7 +35,7 @@ function(orvel_warnings target)
               -Wcast-qual
               -Woverloaded-virtual
               $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-              $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${ORVEL_SANITIZE}>>:-Wno-maybe-uninitialized>
+              ${sanitizer_noise}
               $<$<BOOL:${ORVEL_WARNINGS_AS_ERRORS}>:-Werror>)
   endif()
 endfunction()

@@ -26,6 +26,9 @@ runDemo() {
     [ -n "$events" ] && [ -z "$dataClass" ] && fail "--events needs --data-class FILE"
     [ -z "$events" ] && [ -n "$dataClass" ] && fail "--data-class needs --events FILE"
 
+    mkdir -p build
+    exec 9>build/run.lock
+    flock -n 9 || fail "another ./dev run is under way here"
     requirePackages "${buildPackages[@]}"
     say "Building"
     buildPreset release orvel-analyticsd orvel-tool package_history
@@ -79,7 +82,7 @@ startService() {
     say "Starting the service in $runFolder/data"
     serviceLog=$runFolder/service.log
     "$programs/service/orvel-analyticsd" serve --data "$runFolder/data" \
-        --settings "$runFolder/settings.toml" 2>"$serviceLog" &
+        --settings "$runFolder/settings.toml" 2>"$serviceLog" 9>&- &
     service=$!
     local tries
     for ((tries = 0; tries < 600; tries++)); do
@@ -212,12 +215,14 @@ showStored() {
     storedCount=$(stored --good --count)
     local bad
     bad=$(stored --bad --count)
-    [ "$bad" -eq 0 ] || printf 'and %d events that do not follow their data class\n' "$bad"
+    [ "$bad" -eq 0 ] || printf 'events that do not follow their data class: %d; "events --bad" shows them\n' "$bad"
     say "To look at more"
     printf '%s\n' \
         "$programs/service/orvel-analyticsd classes --data $runFolder/data" \
         "$programs/service/orvel-analyticsd events --data $runFolder/data" \
         "$programs/service/orvel-analyticsd events --data $runFolder/data --json | jq .values" \
+        "$programs/service/orvel-analyticsd events --data $runFolder/data --bad" \
+        "$programs/service/orvel-analyticsd consent --data $runFolder/data --history" \
         "jq . $serviceLog"
 }
 
@@ -248,9 +253,11 @@ judge() {
         printf 'every stored value equals the one reported\n'
     else
         head -n 10 <<<"$differences"
-        printf 'dev: stored values differ from those reported ("<" reported, ">" stored)\n' >&2
+        printf 'dev: not every event was stored as it was given ("<" given, ">" stored)\n' >&2
         reportFailed=1
     fi
+    [ -z "${reportFailed:-}" ] || printf 'dev: something was refused; see above\n' >&2
+    [ "$expectedCount" -ge "$fewest" ] || printf 'dev: there was nothing to report\n' >&2
     printf 'stored %d of %d events\n' "$storedCount" "$expectedCount"
     [ "$storedCount" -eq "$expectedCount" ] && [ "$expectedCount" -ge "$fewest" ] &&
         [ -z "${reportFailed:-}" ] && [ -z "${consentFailed:-}" ] && [ -z "${serviceFailed:-}" ]

@@ -143,6 +143,13 @@ Example:
     return consent;
 }
 
+/// CLI11's own check of a range tells people about numbers of 300 digits.
+std::string isCount(const std::string& text) {
+    const bool isDigits =
+        !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    return isDigits ? std::string() : "a number of events is wanted, not " + text;
+}
+
 CLI::App* addEvents(CLI::App& app, Arguments& arguments) {
     CLI::App* events = addCommand(app, arguments, "events",
                                   R"(Show the events that are stored, oldest first.
@@ -159,7 +166,7 @@ Example:
         ->type_name("NAME");
     CLI::Option* limit = events->add_option("--limit", arguments.filter.limit, "At most so many")
                              ->type_name("N")
-                             ->check(CLI::NonNegativeNumber);
+                             ->check(isCount);
     events->add_flag("--count", arguments.count, "Print only how many there are")->excludes(limit);
     addJson(*events, arguments);
     return events;

@@ -15,6 +15,10 @@ bool runsAsRoot();
 /// or a socket that nobody reads, or to a file beyond the largest size that is allowed.
 void surviveFailingWrites();
 
+/// Lets the process come to its own end: signals that would end it are held back from now on. For
+/// when no other thread runs any more.
+void ignoreFurtherSignals();
+
 /// Writes to standard error, as one piece; failure is ignored, as there is nobody left to tell.
 void writeToStandardError(std::string_view text);
 

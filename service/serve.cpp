@@ -30,6 +30,7 @@ void runServer(const std::filesystem::path& dataFolder,
     server.stopOnSignals();
     log.write("listening", {{"endpoint", kEndpoint}, {"socket", socket.string()}});
     server.run();
+    ignoreFurtherSignals();
 }
 
 }  // namespace

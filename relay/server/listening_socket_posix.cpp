@@ -70,7 +70,10 @@ Descriptor lockBeside(const fs::path& path) {
         fail(errno, "cannot open " + name);
     }
     if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
-        fail(errno == EWOULDBLOCK ? EADDRINUSE : errno, "cannot lock " + name);
+        if (errno == EWOULDBLOCK) {
+            fail(EADDRINUSE, "another server is running at " + path.native());
+        }
+        fail(errno, "cannot lock " + name);
     }
     return lock;
 }

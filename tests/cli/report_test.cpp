@@ -315,8 +315,15 @@ TEST_F(ReportTest, ProgressIsDrawnOnATerminalOnly) {
     EXPECT_THAT(drawn.out, Not(HasSubstr("%")));
 }
 
-TEST_F(ReportTest, AnInputThatFailsBreaksOffButSendsWhatWasCollected) {
+TEST_F(ReportTest, AFolderIsNoInput) {
     const ToolRun result = runReport({folder.path().string()});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.err, HasSubstr("is a folder"));
+}
+
+TEST_F(ReportTest, AnInputThatFailsBreaksOff) {
+    // Nothing can be read at the start of a process's own memory.
+    const ToolRun result = runReport({"/proc/self/mem"});
     EXPECT_EQ(result.status, 4);
     EXPECT_THAT(result.err, HasSubstr("reading broke off"));
 }

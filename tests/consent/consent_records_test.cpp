@@ -8,6 +8,7 @@
 #include "json/raise.h"
 #include "orvel/analytics.h"
 #include "support/consent_documents.h"
+#include "support/raised_status.h"
 
 namespace {
 
@@ -15,28 +16,17 @@ using nlohmann::json;
 using Orvel::toUtf8;
 using Orvel::toWide;
 using Orvel::WideString;
-using Orvel::Analytics::hresult_error;
 using Orvel::TestSupport::consentDocument;
 using Orvel::TestSupport::permissionsDocument;
 using Orvel::TestSupport::privacyDocument;
+using Orvel::TestSupport::raisedStatus;
 using Value = ProcessingPermissions::ProcessingPermissionValue;
 namespace Status = Orvel::Analytics::Json::Status;
-
-/// The status that an operation raises; 0 when it raises nothing.
-template <typename Operation>
-std::uint32_t statusOf(Operation operation) {
-    try {
-        operation();
-    } catch (const hresult_error& error) {
-        return static_cast<std::uint32_t>(error.code());
-    }
-    return 0;
-}
 
 WideString wide(const json& document) { return toWide(document.dump()); }
 
 std::uint32_t consentStatus(const json& document) {
-    return statusOf([&] { static_cast<void>(ConsentObject::FromJson(wide(document))); });
+    return raisedStatus([&] { static_cast<void>(ConsentObject::FromJson(wide(document))); });
 }
 
 TEST(ProcessingPermissions, HaveTheirNumbers) {
@@ -96,14 +86,15 @@ TEST(ProcessingPermissions, RaiseForAMemberThatIsNoString) {
     json document = permissionsDocument("Accepted", "Accepted", "Accepted");
     document["marketing"] = true;
     ProcessingPermissions permissions;
-    EXPECT_EQ(statusOf([&] { permissions.FromJson(wide(document)); }), Status::kIllegalMethodCall);
+    EXPECT_EQ(raisedStatus([&] { permissions.FromJson(wide(document)); }),
+              Status::kIllegalMethodCall);
     EXPECT_EQ(permissions.marketing, Value::Unknown);
 }
 
 TEST(ProcessingPermissions, RaiseForATextThatIsNoObject) {
     ProcessingPermissions permissions;
     for (const char* text : {"", "[]", "\"Accepted\"", "{"}) {
-        EXPECT_EQ(statusOf([&] { permissions.FromJson(toWide(text)); }),
+        EXPECT_EQ(raisedStatus([&] { permissions.FromJson(toWide(text)); }),
                   Status::kInvalidJsonString);
     }
 }
@@ -112,14 +103,14 @@ TEST(ProcessingPermissions, KeepWhatWasReadBeforeTheFailure) {
     json document = permissionsDocument("Accepted", "Accepted", "Accepted");
     document.erase("product_enhancement");
     ProcessingPermissions permissions;
-    EXPECT_EQ(statusOf([&] { permissions.FromJson(wide(document)); }), Status::kValueNotFound);
+    EXPECT_EQ(raisedStatus([&] { permissions.FromJson(wide(document)); }), Status::kValueNotFound);
     EXPECT_EQ(permissions.marketing, Value::Accepted);
     EXPECT_EQ(permissions.support, Value::Unknown);
     EXPECT_EQ(permissions.productEnhancement, Value::Unknown);
 
     document = permissionsDocument("Rejected", "Accepted", "Rejected");
     document.erase("support");
-    EXPECT_EQ(statusOf([&] { permissions.FromJson(wide(document)); }), Status::kValueNotFound);
+    EXPECT_EQ(raisedStatus([&] { permissions.FromJson(wide(document)); }), Status::kValueNotFound);
     EXPECT_EQ(permissions.marketing, Value::Rejected);
     EXPECT_EQ(permissions.support, Value::Unknown);
     EXPECT_EQ(permissions.productEnhancement, Value::Rejected);
@@ -150,20 +141,22 @@ TEST(PrivacyDocuments, TellTheCaseOfNamesApart) {
     document["privacyURL"] = document["privacyurl"];
     document.erase("privacyurl");
     PrivacyDocuments documents;
-    EXPECT_EQ(statusOf([&] { documents.FromJson(wide(document)); }), Status::kValueNotFound);
+    EXPECT_EQ(raisedStatus([&] { documents.FromJson(wide(document)); }), Status::kValueNotFound);
 }
 
 TEST(PrivacyDocuments, KeepWhatWasReadBeforeTheFailure) {
     json document = privacyDocument();
     document.erase("warrantyurl");
     PrivacyDocuments documents;
-    EXPECT_EQ(statusOf([&] { documents.FromJson(wide(document)); }), Status::kValueNotFound);
+    EXPECT_EQ(raisedStatus([&] { documents.FromJson(wide(document)); }), Status::kValueNotFound);
     EXPECT_EQ(documents.privacyUrl, ORVEL_TEXT("https://example.com/privacy"));
     EXPECT_TRUE(documents.warrantyUrl.empty());
     EXPECT_TRUE(documents.telemetryUrl.empty());
     document["warrantyurl"] = nullptr;
-    EXPECT_EQ(statusOf([&] { documents.FromJson(wide(document)); }), Status::kIllegalMethodCall);
-    EXPECT_EQ(statusOf([&] { documents.FromJson(ORVEL_TEXT("[]")); }), Status::kInvalidJsonString);
+    EXPECT_EQ(raisedStatus([&] { documents.FromJson(wide(document)); }),
+              Status::kIllegalMethodCall);
+    EXPECT_EQ(raisedStatus([&] { documents.FromJson(ORVEL_TEXT("[]")); }),
+              Status::kInvalidJsonString);
 }
 
 TEST(ConsentObject, StartsEmptyWithNothingPermitted) {
@@ -214,7 +207,7 @@ TEST(ConsentObject, RaisesForAMemberOfAnotherType) {
 
 TEST(ConsentObject, RaisesForATextThatIsNoObject) {
     for (const char* text : {"", "[]", "null", "{\"device_serial_number\":"}) {
-        EXPECT_EQ(statusOf([&] { static_cast<void>(ConsentObject::FromJson(toWide(text))); }),
+        EXPECT_EQ(raisedStatus([&] { static_cast<void>(ConsentObject::FromJson(toWide(text))); }),
                   Status::kInvalidJsonString);
     }
 }

@@ -1,6 +1,9 @@
-# Installs the build into an empty prefix and builds and runs a consumer against it.
+# Installs a build into an empty prefix and builds and runs a consumer against it.
 #
-# cmake -DBUILD_DIR=… -DSOURCE_DIR=… -DWORK_DIR=… -DCXX_COMPILER=… -P install_and_consume.cmake
+# cmake -DBUILD_DIR=… -DCONSUMER_DIR=… -DWORK_DIR=… -DCXX_COMPILER=… -P install_and_consume.cmake
+#
+# With STATIC_SOURCE_DIR instead of BUILD_DIR, the static libraries of that source tree are built
+# first and installed.
 
 function(run)
   execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE status)
@@ -12,14 +15,28 @@ endfunction()
 
 file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
+if(STATIC_SOURCE_DIR)
+  set(BUILD_DIR ${WORK_DIR}/static)
+  run(${CMAKE_COMMAND} -S ${STATIC_SOURCE_DIR} -B ${BUILD_DIR} -G Ninja -DBUILD_SHARED_LIBS=OFF
+      -DORVEL_BUILD_SERVICE=OFF -DORVEL_BUILD_TOOL=OFF -DORVEL_BUILD_EXAMPLES=OFF
+      -DORVEL_BUILD_TESTS=OFF -DORVEL_WARNINGS_AS_ERRORS=ON -DCMAKE_BUILD_TYPE=Release
+      -DCMAKE_CXX_COMPILER=${CXX_COMPILER} -DCMAKE_CXX_COMPILER_LAUNCHER=${CXX_LAUNCHER})
+  run(${CMAKE_COMMAND} --build ${BUILD_DIR})
+endif()
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+
+if(NOT STATIC_SOURCE_DIR)
+  foreach(program orvel-analytics orvel-analyticsd)
+    run(${prefix}/bin/${program} --version)
+  endforeach()
+endif()
 
 file(GLOB_RECURSE server_headers ${prefix}/include/*/server.h)
 if(server_headers)
   message(FATAL_ERROR "The server side's header was installed: ${server_headers}")
 endif()
 
-run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/consumer -B ${WORK_DIR}/build -G Ninja
+run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/build -G Ninja
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
     -DCMAKE_CXX_FLAGS=-Wall\ -Wextra\ -Wpedantic\ -Werror)
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)

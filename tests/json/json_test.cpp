@@ -7,30 +7,19 @@
 #include <string>
 
 #include "json/raise.h"
-#include "orvel/analytics/hresult_error.h"
+#include "support/raised_status.h"
 
 namespace {
 
 using Orvel::WideString;
 using Orvel::WideStringView;
-using Orvel::Analytics::hresult_error;
+using Orvel::TestSupport::raisedStatus;
 using testing::PrintToString;
 using namespace Orvel::Analytics::Json;
 
-/// The status that an operation raises; 0 when it raises nothing.
-template <typename Operation>
-std::uint32_t statusOf(Operation operation) {
-    try {
-        operation();
-    } catch (const hresult_error& error) {
-        return static_cast<std::uint32_t>(error.code());
-    }
-    return 0;
-}
-
 std::uint32_t parseStatus(WideStringView text) {
     Document document;
-    return statusOf([&] { static_cast<void>(document.parseObject(text)); });
+    return raisedStatus([&] { static_cast<void>(document.parseObject(text)); });
 }
 
 WideString reserialised(WideStringView text) {
@@ -172,13 +161,13 @@ TEST(JsonRead, RaisesForAMissingMember) {
     Document document;
     const Object object = document.parseObject(ORVEL_TEXT("{\"name\":\"x\"}"));
     for (const WideStringView name : {ORVEL_TEXT("Name"), ORVEL_TEXT(""), ORVEL_TEXT("other")}) {
-        EXPECT_EQ(statusOf([&] { static_cast<void>(object.getNamedString(name)); }),
+        EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedString(name)); }),
                   Status::kValueNotFound);
-        EXPECT_EQ(statusOf([&] { static_cast<void>(object.getNamedBoolean(name)); }),
+        EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedBoolean(name)); }),
                   Status::kValueNotFound);
-        EXPECT_EQ(statusOf([&] { static_cast<void>(object.getNamedObject(name)); }),
+        EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedObject(name)); }),
                   Status::kValueNotFound);
-        EXPECT_EQ(statusOf([&] { static_cast<void>(object.getNamedArray(name)); }),
+        EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedArray(name)); }),
                   Status::kValueNotFound);
     }
 }
@@ -191,7 +180,7 @@ TEST(JsonRead, RaisesForAMemberOfAnotherType) {
     const auto status = [&](auto operation) {
         std::uint32_t common = Status::kIllegalMethodCall;
         for (const WideStringView name : {ORVEL_TEXT("n"), ORVEL_TEXT("z")}) {
-            common = std::min(common, statusOf([&] { static_cast<void>(operation(name)); }));
+            common = std::min(common, raisedStatus([&] { static_cast<void>(operation(name)); }));
         }
         return common;
     };
@@ -203,11 +192,11 @@ TEST(JsonRead, RaisesForAMemberOfAnotherType) {
               Status::kIllegalMethodCall);
     EXPECT_EQ(status([&](WideStringView n) { return object.getNamedArray(n); }),
               Status::kIllegalMethodCall);
-    EXPECT_EQ(statusOf([&] { static_cast<void>(object.getNamedBoolean(ORVEL_TEXT("s"))); }),
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedBoolean(ORVEL_TEXT("s"))); }),
               Status::kIllegalMethodCall);
-    EXPECT_EQ(statusOf([&] { static_cast<void>(object.getNamedObject(ORVEL_TEXT("a"))); }),
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedObject(ORVEL_TEXT("a"))); }),
               Status::kIllegalMethodCall);
-    EXPECT_EQ(statusOf([&] { static_cast<void>(object.getNamedArray(ORVEL_TEXT("o"))); }),
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedArray(ORVEL_TEXT("o"))); }),
               Status::kIllegalMethodCall);
 }
 
@@ -223,7 +212,7 @@ TEST(JsonRead, GivesMembersOfTheirType) {
     ASSERT_EQ(array.size(), 2U);
     EXPECT_EQ(array.getAt(0).stringify(), ORVEL_TEXT("1"));
     EXPECT_EQ(array.getAt(1).stringify(), ORVEL_TEXT("\"2\""));
-    EXPECT_EQ(statusOf([&] { static_cast<void>(array.getAt(2)); }), Status::kOutOfBounds);
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(array.getAt(2)); }), Status::kOutOfBounds);
 }
 
 TEST(JsonView, TellsPresenceWithoutFailing) {

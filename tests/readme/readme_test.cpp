@@ -1,7 +1,6 @@
 /// The programs of the README, run as they stand there.
 
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
 #include "support/service_process.h"
@@ -55,6 +54,20 @@ TEST_F(Readme, TheProgramAboutConsentChangesIt) {
     const Process::Output program = runProgram(README_CONSENT_PROGRAM, {});
     EXPECT_EQ(program.status, 0) << program.error;
     EXPECT_EQ(program.out, "https://example.com/privacy\n");
+    const json consent = json::parse(service.run({"consent", "--json"}).out);
+    EXPECT_NE(consent.dump().find(R"("support":"Accepted")"), std::string::npos) << consent;
+}
+
+TEST_F(Readme, TheProgramAboutConsentSaysWhyItChangedNothing) {
+    service.stop();
+    const Process::Output nobody = runProgram(README_CONSENT_PROGRAM, {});
+    EXPECT_EQ(nobody.status, 1);
+    EXPECT_EQ(nobody.error, "The consent was not changed: 1\n");
+    service.useSettings("managed = true\n");
+    service.start();
+    const Process::Output managed = runProgram(README_CONSENT_PROGRAM, {});
+    EXPECT_EQ(managed.status, 1);
+    EXPECT_EQ(managed.error, "The consent was not changed: 19\n");
 }
 
 }  // namespace

@@ -100,6 +100,12 @@ TEST_F(ProcessTest, EndsCleanlyOnEitherSignal) {
     }
 }
 
+TEST_F(ProcessTest, EndsCleanlyHoweverOftenItIsToldTo) {
+    start();
+    EXPECT_EQ(service_.stopInsistently(SIGTERM), 0);
+    EXPECT_THAT(service_.log().back(), HasSubstr(R"("event":"stopped")"));
+}
+
 TEST_F(ProcessTest, LogsItsLifeAsLinesOfJson) {
     start();
     service_.stop();

@@ -30,6 +30,9 @@ class Process {
     /// Sends a signal.
     void signal(int number);
 
+    /// Sends a signal again and again for as long as it has not ended.
+    void signalUntilItEnds(int number);
+
     /// Waits for its end. @return its exit status, or the negative number of the signal that ended
     ///     it. @throws std::runtime_error when it does not end within a minute.
     int wait();
@@ -73,6 +76,9 @@ class ServiceProcess {
     /// Ends it with a signal that it obeys. @return its exit status. Every line that it logged is
     ///     in `log` then.
     int stop(int signal = SIGTERM);
+
+    /// As `stop`, with the signal sent again and again until it has ended.
+    int stopInsistently(int signal);
 
     /// Ends it with SIGKILL, so that it can do nothing more.
     void kill();

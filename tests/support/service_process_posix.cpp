@@ -147,6 +147,16 @@ void Process::signal(int number) {
     }
 }
 
+void Process::signalUntilItEnds(int number) {
+    siginfo_t state{};
+    while (state.si_pid == 0) {
+        signal(number);
+        if (::waitid(P_PID, static_cast<id_t>(pid_), &state, WEXITED | WNOHANG | WNOWAIT) != 0) {
+            throw std::system_error(errno, std::generic_category(), "waitid");
+        }
+    }
+}
+
 int Process::wait() { return finish().status; }
 
 Process::Output Process::finish() {
@@ -221,6 +231,11 @@ int ServiceProcess::stop(int signal) {
         begin = end == std::string::npos ? output.error.size() : end + 1;
     }
     return output.status;
+}
+
+int ServiceProcess::stopInsistently(int signal) {
+    process_->signalUntilItEnds(signal);
+    return stop(signal);
 }
 
 void ServiceProcess::kill() {
