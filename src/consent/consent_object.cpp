@@ -4,6 +4,8 @@
 
 namespace Json = Orvel::Analytics::Json;
 
+// Taken by value, as every reader of the library takes its text.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 ConsentObject ConsentObject::FromJson(Orvel::WideString json) {
     ConsentObject consent;
     Json::Document document;

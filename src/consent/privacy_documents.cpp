@@ -2,6 +2,8 @@
 
 #include "json/json.h"
 
+// Taken by value, as every reader of the library takes its text.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 PrivacyDocuments* PrivacyDocuments::FromJson(Orvel::WideString json) {
     Orvel::Analytics::Json::Document document;
     const Orvel::Analytics::Json::Object addresses = document.parseObject(json);

@@ -17,6 +17,8 @@ WideString ProcessingPermissions::ToJson() const {
     return permissions.stringify();
 }
 
+// Taken by value, as every reader of the library takes its text.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 ProcessingPermissions* ProcessingPermissions::FromJson(WideString json) {
     Json::Document document;
     const Json::Object permissions = document.parseObject(json);

@@ -17,7 +17,8 @@ namespace {
 /// Stands for an object that is a text already: a byte that the engine escapes in strings and
 /// writes nowhere else, followed by the bytes of the view of that text.
 constexpr char kSplice = '\x01';
-constexpr std::size_t kSpliceSize = 1 + sizeof(WideStringView);
+constexpr std::size_t kViewSize = sizeof(WideStringView);
+constexpr std::size_t kSpliceSize = 1 + kViewSize;
 static_assert(std::is_trivially_copyable_v<WideStringView>);
 
 yyjson_mut_val* engineValue(void* node) { return static_cast<yyjson_mut_val*>(node); }
@@ -60,7 +61,7 @@ WideString widen(std::string_view serialised, std::size_t splicedUnits) {
     while (splice != std::string_view::npos) {
         Text::appendUtf8(wide, serialised.substr(0, splice));
         WideStringView text;
-        std::memcpy(&text, serialised.data() + splice + 1, sizeof text);
+        std::memcpy(&text, serialised.data() + splice + 1, kViewSize);
         wide.append(text);
         serialised.remove_prefix(splice + kSpliceSize);
         splice = serialised.find(kSplice);
@@ -206,7 +207,7 @@ Value Document::numberValue(double number) {
 Value Document::serialisedObject(WideStringView text) {
     char* const splice = impl_->arena.allocate(kSpliceSize);
     *splice = kSplice;
-    std::memcpy(splice + 1, &text, sizeof text);
+    std::memcpy(splice + 1, &text, kViewSize);
     impl_->splicedUnits += text.size();
     return {*this, orBadAlloc(yyjson_mut_rawn(impl_->values, splice, kSpliceSize))};
 }
