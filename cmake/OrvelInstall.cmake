@@ -1,4 +1,4 @@
-# What `cmake --install` lays down: the two libraries with their headers, the package that
+# What `cmake --install` lays down: the two libraries with their headers, and the package that
 # find_package(OrvelAnalytics) finds. Each program says in its own folder where it goes.
 include(CMakePackageConfigHelpers)
 

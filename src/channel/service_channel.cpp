@@ -97,12 +97,10 @@ AnalyticsResult registerCommand(ServiceChannel& channel, WideStringView appName,
     const Conversation conversation =
         converse(channel, appName, Token::kRegisterDataclass, std::move(document));
     if (conversation.stage == Conversation::Stage::NotConnected) {
-        constexpr std::int32_t kServerUnavailable = 1722;
-        constexpr std::int32_t kAccessDenied = 5;
-        if (conversation.openStatus == kServerUnavailable) {
+        if (conversation.openStatus == Relay::Status::kServerUnavailable) {
             return AnalyticsResult::ServiceUnavailable;
         }
-        if (conversation.openStatus == kAccessDenied) {
+        if (conversation.openStatus == Relay::Status::kAccessDenied) {
             return AnalyticsResult::AccessDenied;
         }
     }

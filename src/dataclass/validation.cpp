@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <exception>
 #include <list>
 #include <optional>
+#include <stdexcept>
 
 #include "text/numbers.h"
 

@@ -150,7 +150,7 @@ void appendUtf8(WideString& wide, std::string_view utf8) {
     const char* const end = in + utf8.size();
     while (in != end) {
         const auto rest = static_cast<size_t>(end - in);
-        const size_t ascii = std::min(asciiPrefix({in, std::min(rest, buffer.size())}), rest);
+        const size_t ascii = asciiPrefix({in, std::min(rest, buffer.size())});
         std::transform(in, in + ascii, buffer.begin(),
                        [](char byte) { return static_cast<WideChar>(byte); });
         in += ascii;
