@@ -8,6 +8,20 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+if(WIN32)
+  # The oldest Windows that has the runtime's JSON classes for applications of the desktop.
+  add_compile_definitions(_WIN32_WINNT=0x0A00 UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
+  # A DLL is looked for beside the program, so they stand together; no file's name begins with lib.
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+  set(CMAKE_SHARED_LIBRARY_PREFIX "")
+  if(MSVC)
+    add_compile_options(/utf-8 /permissive- /Zc:__cplusplus /EHsc)
+  else()
+    # The C++ runtime is part of every DLL and program, as no Windows brings it along.
+    add_link_options(-static)
+  endif()
+endif()
+
 if(ORVEL_SANITIZE)
   add_compile_options(-fsanitize=${ORVEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${ORVEL_SANITIZE})
@@ -19,7 +33,10 @@ function(orvel_warnings target)
     set(sanitizer_noise $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   endif()
   if(MSVC)
-    target_compile_options(${target} PRIVATE /W4 $<$<BOOL:${ORVEL_WARNINGS_AS_ERRORS}>:/WX>)
+    # 4251 and 4275: an exported class has members and bases of the standard library, which a program
+    # of the same compiler shares. 4996: the standard C functions are no worse than Microsoft's.
+    target_compile_options(${target} PRIVATE /W4 /wd4251 /wd4275 /wd4996
+                                             $<$<BOOL:${ORVEL_WARNINGS_AS_ERRORS}>:/WX>)
   else()
     # GCC 12 sees copies inside std::basic_string overlap that never do (GCC bug 105651), and in
     # sanitized code it no longer sees what is initialised.

@@ -14,6 +14,15 @@ constexpr bool isHexDigit(WideChar unit) {
            (unit >= 'A' && unit <= 'F');
 }
 
+bool hasBracedForm(WideStringView text) {
+    // Every x stands for a hexadecimal digit.
+    constexpr WideStringView kForm = ORVEL_TEXT("{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}");
+    return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(),
+                      [](WideChar unit, WideChar expected) {
+                          return expected == 'x' ? isHexDigit(unit) : unit == expected;
+                      });
+}
+
 }  // namespace
 
 WideString generateGuidString() {
@@ -25,13 +34,6 @@ WideString generateGuidString() {
     return {text.begin(), std::find(text.begin(), text.end(), '\0')};
 }
 
-bool isBracedGuid(WideStringView text) noexcept {
-    // Every x stands for a hexadecimal digit.
-    constexpr WideStringView kForm = ORVEL_TEXT("{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}");
-    return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(),
-                      [](WideChar unit, WideChar expected) {
-                          return expected == 'x' ? isHexDigit(unit) : unit == expected;
-                      });
-}
+bool isBracedGuid(const WideString& text) { return hasBracedForm(text) && platformReadsGuid(text); }
 
 }  // namespace Orvel::Analytics::Events

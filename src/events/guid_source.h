@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdint>
 
+#include "orvel/analytics/text.h"
+
 namespace Orvel::Analytics::Events {
 
 /// The fields of a GUID.
@@ -16,6 +18,11 @@ struct Guid {
 
 /// A new random GUID of the platform.
 Guid newGuid();
+
+/// Whether the platform, where it has a reader of GUIDs, reads a text as one.
+/// @param text a GUID in braces. Anything else could be taken for a program's name and be looked
+/// up.
+bool platformReadsGuid(const WideString& text);
 
 }  // namespace Orvel::Analytics::Events
 

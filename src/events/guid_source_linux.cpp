@@ -33,4 +33,6 @@ Guid newGuid() {
     return guid;
 }
 
+bool platformReadsGuid(const WideString& /*text*/) { return true; }
+
 }  // namespace Orvel::Analytics::Events

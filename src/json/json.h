@@ -13,6 +13,9 @@
 /// and valid for as long as their document lives. A value that has been set or appended is part of
 /// its container and is not changed any more. A document is used by one thread.
 ///
+/// A null code unit follows every text and name that is handed in, as it does in literals and
+/// strings: the platform takes them without copying.
+///
 /// Every operation raises its failure at once: `hresult_error` with the failing status, or
 /// `std::bad_alloc`.
 namespace Orvel::Analytics::Json {

@@ -55,7 +55,7 @@ TEST(IsBracedGuid, RefusesEverythingElse) {
           ORVEL_TEXT("{0f8fad5b-d9cb-469f-a165-70867728950g}"),
           ORVEL_TEXT("{0f8fad5bd-9cb-469f-a165-70867728950e}"),
           ORVEL_TEXT("{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}")}) {
-        EXPECT_FALSE(isBracedGuid(text)) << testing::PrintToString(WideString(text));
+        EXPECT_FALSE(isBracedGuid(WideString(text))) << testing::PrintToString(WideString(text));
     }
 }
 

@@ -26,6 +26,8 @@ Guid newGuid() {
     return {++lastGuid, 0, 0, {}};
 }
 
+bool platformReadsGuid(const WideString& /*text*/) { return true; }
+
 }  // namespace Orvel::Analytics::Events
 
 namespace {

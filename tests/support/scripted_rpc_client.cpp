@@ -3,17 +3,19 @@
 #include <stdexcept>
 #include <utility>
 
+#include "orvel/analytics/text.h"
+
 namespace Orvel::TestSupport {
 namespace {
 
 RpcScript* current = nullptr;
 
 Execution defaultExecution(const Relay::WideString& command) {
-    constexpr Relay::WideStringView kHandshake = u"::CONNECT_APP::";
+    constexpr Relay::WideStringView kHandshake = ORVEL_TEXT("::CONNECT_APP::");
     if (command.ends_with(kHandshake)) {
-        return {0, command.substr(0, command.size() - kHandshake.size()) + u"::ACK::"};
+        return {0, command.substr(0, command.size() - kHandshake.size()) + ORVEL_TEXT("::ACK::")};
     }
-    return {0, u"::SUCCESS::"};
+    return {0, ORVEL_TEXT("::SUCCESS::")};
 }
 
 class ScriptedClient final : public Relay::Client::Core::RpcClient {

@@ -25,7 +25,7 @@ struct Executed {
 };
 
 /// What the clients of this process answer, and what became of them. One for each test.
-struct RpcScript {
+struct ORVEL_RELAY_EXPORT RpcScript {
     /// The script in force is the one made last.
     RpcScript();
     RpcScript(const RpcScript&) = delete;

@@ -2,12 +2,12 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <cstring>
 #include <new>
 #include <string>
 #include <type_traits>
 
+#include "json/checks.h"
 #include "json/raise.h"
 #include "text/unicode.h"
 
@@ -175,13 +175,7 @@ Object Document::newObject() { return {*this, orBadAlloc(yyjson_mut_obj(impl_->v
 Array Document::newArray() { return {*this, orBadAlloc(yyjson_mut_arr(impl_->values))}; }
 
 Object Document::parseObject(WideStringView text) {
-    constexpr WideChar kByteOrderMark = 0xFEFF;
-    if (text.starts_with(kByteOrderMark)) {
-        raise(Status::kInvalidJsonString, "The text is not JSON: it begins with a byte order mark");
-    }
-    if (Text::findUnpairedSurrogate(text) != WideStringView::npos) {
-        raise(Status::kInvalidJsonString, "The text is not JSON: it has an unpaired surrogate");
-    }
+    requireParsable(text);
     const std::size_t size = Text::utf8Length(text);
     char* const utf8 = impl_->arena.allocate(size + YYJSON_PADDING_SIZE);
     std::memset(Text::writeUtf8(text, utf8), 0, YYJSON_PADDING_SIZE);
@@ -194,9 +188,7 @@ Value Document::stringValue(WideStringView text) {
 }
 
 Value Document::numberValue(double number) {
-    if (!std::isfinite(number)) {
-        raise(Status::kInvalidArgument, "JSON has no text for a number that is not finite");
-    }
+    requireFinite(number);
     std::array<char, 32> text;
     const auto written = std::to_chars(text.data(), text.data() + text.size(), number);
     return {*this,
