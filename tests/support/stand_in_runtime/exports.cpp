@@ -33,11 +33,22 @@ constexpr std::array<Class, 5> kRuntimeClasses = {{
      makeAnalyticsInfoFactory},
 }};
 
+/// Whether the thread is in an apartment or the process has one for all threads. The platform
+/// refuses to activate anything where it is not so; an emulated one does not mind.
+bool isInApartment() {
+    APTTYPE type{};
+    APTTYPEQUALIFIER qualifier{};
+    return CoGetApartmentType(&type, &qualifier) != CO_E_NOTINITIALIZED;
+}
+
 }  // namespace
 
 extern "C" {
 
 HRESULT STDMETHODCALLTYPE DllGetActivationFactory(HSTRING classId, IActivationFactory** factory) {
+    if (!isInApartment()) {
+        return CO_E_NOTINITIALIZED;
+    }
     const auto found =
         std::find_if(kRuntimeClasses.begin(), kRuntimeClasses.end(),
                      [&](const Class& c) { return textOf(classId) == c.names.full; });
