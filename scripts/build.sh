@@ -16,11 +16,15 @@ buildPreset() {
     cmake --build --preset "$preset" "${targets[@]}" || fail "the build failed"
 }
 
-# Runs the tests of a preset and keeps what was printed.
 testPreset() {
+    say "Building: $1"
+    buildPreset "$1"
+    runPresetTests "$1"
+}
+
+# Runs the tests of a preset that was built, and keeps what was printed.
+runPresetTests() {
     local preset=$1
-    say "Building: $preset"
-    buildPreset "$preset"
     say "Testing: $preset"
     ctest --preset "$preset" --parallel "$(nproc)" 2>&1 | tee "$root/build/$preset/test.log"
 }
@@ -41,6 +45,9 @@ runTests() {
     return "$failed"
 }
 
+# What wine made as root is root's.
+removeBuild() { rm -rf "$root/build" 2>/dev/null || asRoot rm -rf "$root/build"; }
+
 codeFiles() { git ls-files '*.h' '*.cpp'; }
 
 formatCode() {
@@ -54,7 +61,7 @@ lintCode() {
     say "clang-format"
     codeFiles | xargs clang-format --dry-run -Werror || failed=1
     say "shellcheck"
-    shellcheck --external-sources dev .ci/run || failed=1
+    shellcheck --external-sources dev .ci/run scripts/windows/{run_program,enter_arm64}.sh || failed=1
     say "clang-tidy"
     buildPreset release
     jq -r '.[].file' build/release/compile_commands.json | sort -u |

@@ -18,7 +18,7 @@ asRoot() {
     elif command -v sudo >/dev/null; then
         sudo "$@"
     else
-        fail "packages are missing, and only root or sudo can install them: ${missing[*]}"
+        fail "only root, or sudo, can do this: $*"
     fi
 }
 
@@ -61,19 +61,21 @@ isInArchive() { apt-cache madison "$1" 2>/dev/null | grep -q .; }
 
 releaseName() { sed -n 's/^VERSION_CODENAME=//p' /etc/os-release; }
 
-# The machine's own entry for the archive of its release, asking for the next release's main part
+# printArchiveSource OWN_RELEASE RELEASE
+#
+# The machine's own entry for the archive of its release, asking for another release's main part
 # instead: same mirror, same keys.
-printNextReleaseSource() {
-    local entry file number suite
+printArchiveSource() {
+    local own=$1 release=$2 entry file number suite
     read -r entry suite < <(
         apt-get indextargets --format '$(SOURCESENTRY) $(RELEASE)' 'Created-By: Packages' \
-            'Origin: Debian' "Codename: $releaseWithoutYyjson" 'Component: main' | head -n 1
+            'Origin: Debian' "Codename: $own" 'Component: main' | head -n 1
     ) || return 1
     file=${entry%:*}
     number=${entry##*:}
     if [[ $file == *.sources ]]; then
         # The number counts the file's stanzas, which blank lines part.
-        awk -v number="$number" -v suite="$releaseWithYyjson" '
+        awk -v number="$number" -v suite="$release" '
             BEGIN { RS = ""; FS = "\n" }
             NR == number {
                 for (i = 1; i <= NF; i++) {
@@ -84,7 +86,7 @@ printNextReleaseSource() {
             }' "$file"
     else
         # The number counts the file's lines.
-        sed -n -E "${number}s/[[:space:]]+${suite//./\\.}([[:space:]].*)?\$/ $releaseWithYyjson main/p" \
+        sed -n -E "${number}s/[[:space:]]+${suite//./\\.}([[:space:]].*)?\$/ $release main/p" \
             "$file"
     fi
 }
@@ -111,7 +113,7 @@ fetchYyjson() {
     asRoot chmod 755 "$folder"
     mkdir -p "$folder/sources" "$folder/lists/partial"
     asRoot install -d -o _apt "$folder/packages"
-    printNextReleaseSource >"$source"
+    printArchiveSource "$releaseWithoutYyjson" "$releaseWithYyjson" >"$source"
     if [ ! -s "$source" ]; then
         printf 'dev: /etc/apt names no archive of Debian %s\n' "$releaseWithoutYyjson" >&2
         return 1

@@ -28,6 +28,7 @@ ComPointer<ActivationFactory> requestFactory(WideStringView className) {
     if (FAILED(status)) {
         check(status, ("Activation of " + toUtf8(className)).c_str());
     }
+    requireObject(factory.get(), "RoGetActivationFactory");
     return factory;
 }
 

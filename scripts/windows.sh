@@ -1,0 +1,135 @@
+# shellcheck shell=bash
+# The library on Windows: built with a toolchain of our own, run under wine. Sourced by dev.
+
+# shellcheck source=scripts/windows/debian_archive.sh
+source scripts/windows/debian_archive.sh
+# shellcheck source=scripts/windows/toolchain.sh
+source scripts/windows/toolchain.sh
+# shellcheck source=scripts/windows/arm64_root.sh
+source scripts/windows/arm64_root.sh
+
+# The release of Debian whose packages the toolchain and the ARM64 system are made of.
+releaseForWindows=trixie
+windowsCache=${XDG_CACHE_HOME:-$HOME/.cache}/orvel-analytics
+winePackages=(wine wine64)
+
+# The platform's classes that the stand-in runtime answers for.
+runtimeClasses=(
+    Windows.Data.Json.JsonArray
+    Windows.Data.Json.JsonObject
+    Windows.Data.Json.JsonValue
+    Windows.Security.ExchangeActiveSyncProvisioning.EasClientDeviceInformation
+    Windows.System.Profile.AnalyticsInfo
+)
+
+runWindows() {
+    local architectures=() allowSkip='' argument architecture failed=0
+    for argument in "$@"; do
+        case $argument in
+            x64 | arm64) architectures+=("$argument") ;;
+            --allow-skip) allowSkip=yes ;;
+            *) fail "windows takes x64, arm64 and --allow-skip; see ./dev help" ;;
+        esac
+    done
+    [ ${#architectures[@]} -gt 0 ] || architectures=(x64 arm64)
+    requirePackages "${winePackages[@]}"
+    requireToolchain
+    export ORVEL_VISIBLE_FOLDER=$root
+    declare -A testCount=()
+    skipped=''
+    for architecture in "${architectures[@]}"; do
+        testWindows "$architecture" || failed=1
+    done
+    say "Summary"
+    for architecture in "${architectures[@]}"; do
+        printf '%s: %s\n' "$architecture" "${testCount[$architecture]}"
+    done
+    if [ -n "$skipped" ]; then
+        printf '%s\n' '' "NOT RUN: the programs of ARM64 Windows were built and checked, but this machine" \
+            "refuses the mounts that running them takes ($skipped)."
+        [ -n "$allowSkip" ] || fail "--allow-skip lets this pass"
+    elif [ ${#architectures[@]} -gt 1 ] && [ "${testCount[x64]}" != "${testCount[arm64]}" ]; then
+        fail "not the same tests ran on both architectures"
+    fi
+    [ "$failed" -eq 0 ] || fail "something failed; see above"
+}
+
+# Builds, checks and runs everything of one architecture, and counts the tests that ran.
+testWindows() {
+    local architecture=$1 preset failed=0
+    for preset in "windows-$architecture-double" "windows-$architecture-portable"; do
+        say "Building: $preset"
+        # A folder that another toolchain was used in cannot be used with this one.
+        grep -qsF "$ORVEL_WINDOWS_TOOLCHAIN/" "$root/build/$preset/CMakeCache.txt" ||
+            rm -rf "$root/build/$preset"
+        buildPreset "$preset"
+    done
+    testCount[$architecture]='nothing ran'
+    prepareWindows "$architecture" || return
+    [ "$architecture" = x64 ] || [ -z "$skipped" ] || return 0
+    for preset in "windows-$architecture-double" "windows-$architecture-portable"; do
+        runPresetTests "$preset" || failed=1
+    done
+    runWindowsProgram "$architecture" wineboot.exe --kill >/dev/null 2>&1 || true
+    [ "$architecture" = x64 ] || forgetArm64Programs
+    testCount[$architecture]=$(countTests \
+        "$root/build/windows-$architecture-"{double,portable}/Testing/Temporary/LastTest.log)
+    return "$failed"
+}
+
+runWindowsProgram() { "$root/scripts/windows/run_program.sh" "$@"; }
+
+# Sets up a Windows in which the stand-in runtime answers for the platform's classes.
+prepareWindows() {
+    local architecture=$1 status=0 folder
+    folder=$root/build/windows-$architecture-double
+    export WINEPREFIX=$root/build/windows-$architecture-prefix
+    [ "$architecture" = x64 ] || requireArm64Root
+    say "Preparing wine for $architecture"
+    if [ ! -e "$WINEPREFIX/complete" ]; then
+        mkdir -p "$WINEPREFIX"
+        runWindowsProgram "$architecture" wineboot.exe --init >"$folder/wine.log" 2>&1 || status=$?
+        if [ "$status" -eq 125 ]; then
+            skipped=$(tail -n 1 "$folder/wine.log")
+            return 0
+        fi
+    fi
+    printRegistration "$folder/bin/stand-in-runtime.dll" >"$folder/registration.reg"
+    [ "$status" -eq 0 ] &&
+        runWindowsProgram "$architecture" regedit.exe /S "Z:${folder//\//\\}\\registration.reg" \
+            >>"$folder/wine.log" 2>&1 || {
+        tail -n 5 "$folder/wine.log" >&2
+        printf 'dev: wine could not be set up for %s\n' "$architecture" >&2
+        return 1
+    }
+    [ -e "$WINEPREFIX/complete" ] || asOwner touch "$WINEPREFIX/complete"
+}
+
+# What was made by root in the ARM64 system is root's.
+asOwner() {
+    if [ -w "$WINEPREFIX" ]; then
+        "$@"
+    else
+        asRoot "$@"
+    fi
+}
+
+printRegistration() {
+    local library="Z:${1//\//\\}" class
+    printf 'Windows Registry Editor Version 5.00\r\n\r\n'
+    printf '[HKEY_CURRENT_USER\\Software\\Wine]\r\n"Version"="win10"\r\n\r\n'
+    for class in "${runtimeClasses[@]}"; do
+        printf '[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\WindowsRuntime\\ActivatableClassId\\%s]\r\n' \
+            "$class"
+        printf '"DllPath"="%s"\r\n\r\n' "${library//\\/\\\\}"
+    done
+}
+
+# What the programs of some test runs say of themselves.
+countTests() {
+    awk '
+        / tests? from .* ran\./ { for (i = 1; i < NF; i++) if ($i ~ /=====\]$/) ran += $(i + 1) }
+        /\[  PASSED  \] [0-9]+ tests?\./ { for (i = 1; i < NF; i++) if ($i == "PASSED") passed += $(i + 2) }
+        /\[  SKIPPED \] [0-9]+ tests?,/ { for (i = 1; i < NF; i++) if ($i == "SKIPPED") skipped += $(i + 2) }
+        END { printf "%d tests ran, %d passed, %d skipped\n", ran, passed, skipped }' "$@"
+}
