@@ -1,5 +1,5 @@
-/// What the backend on the platform's own classes does beyond the common: all of it comes from the
-/// platform, here from the stand-in for it.
+/// What differs where the platform's own classes build and parse the documents: numbers are
+/// doubles, and the platform's limits are the library's.
 
 #include <gtest/gtest.h>
 
@@ -7,11 +7,20 @@
 #include <string>
 
 #include "json/json.h"
-#include "orvel/analytics/hresult_error.h"
+#include "json/raise.h"
+#include "orvel/analytics.h"
+#include "support/data_classes.h"
+#include "support/raised_status.h"
+#include "support/scripted_rpc_client.h"
 
 namespace {
 
 using Orvel::WideString;
+using Orvel::Analytics::Emitters::AnalyticsResult;
+using Orvel::TestSupport::field;
+using Orvel::TestSupport::raisedStatus;
+using Orvel::TestSupport::RpcScript;
+using Orvel::TestSupport::TestDataClass;
 using namespace Orvel::Analytics::Json;
 
 TEST(WindowsJson, ReadsEveryNumberAsADouble) {
@@ -49,6 +58,59 @@ TEST(WindowsJson, RefusesToWriteWhatIsNoFiniteNumber) {
         EXPECT_THROW(static_cast<void>(document.numberValue(number)),
                      Orvel::Analytics::hresult_invalid_argument);
     }
+}
+
+TEST(WindowsJson, HoldsTheLimitOfNestingForWhatTheLibrarySerialised) {
+    WideString deep = ORVEL_TEXT("{\"a\":");
+    deep.append(1024, '[').append(1024, ']').append(1, '}');
+    Document document;
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(document.serialisedObject(deep)); }),
+              Status::kImplementationLimit);
+}
+
+class WindowsEvent : public testing::Test {
+  protected:
+    AnalyticsResult collect(const WideString& type, const WideString& value) {
+        dataClass.fields = {field(ORVEL_TEXT("a"), type)};
+        return session.CollectEvent(&dataClass, ORVEL_TEXT("{\"a\":") + value + ORVEL_TEXT("}"));
+    }
+
+    RpcScript script;
+    AnalyticsSession session{ORVEL_TEXT("MyApp"), ORVEL_TEXT("1")};
+    TestDataClass dataClass{{}};
+};
+
+TEST_F(WindowsEvent, AnIntegerWithAnExponentIsTheWholeNumber) {
+    EXPECT_EQ(collect(ORVEL_TEXT("integer"), ORVEL_TEXT("1e10")), AnalyticsResult::GenericError);
+    EXPECT_EQ(collect(ORVEL_TEXT("integer"), ORVEL_TEXT("1e9")), AnalyticsResult::Success);
+}
+
+TEST_F(WindowsEvent, ANumberIsMeasuredAsItIsWrittenAgain) {
+    EXPECT_EQ(collect(ORVEL_TEXT("varchar(1)"), ORVEL_TEXT("1.50")), AnalyticsResult::Success);
+    EXPECT_EQ(collect(ORVEL_TEXT("varchar(1)"), ORVEL_TEXT("1.525")),
+              AnalyticsResult::FieldValueTooLong);
+}
+
+TEST_F(WindowsEvent, WhoseRecordNestsTooDeepIsRaisedWhenItIsSent) {
+    WideString deep(1023, '[');
+    deep.append(1023, ']');
+    ASSERT_EQ(collect(ORVEL_TEXT("text"), deep), AnalyticsResult::Success);
+    EXPECT_EQ(raisedStatus([&] { session.SendEvents(); }), Status::kImplementationLimit);
+    EXPECT_TRUE(script.executed.empty());
+}
+
+TEST_F(WindowsEvent, OfTheDeepestNestingThatFitsIsSent) {
+    WideString deep(1022, '[');
+    deep.append(1022, ']');
+    ASSERT_EQ(collect(ORVEL_TEXT("text"), deep), AnalyticsResult::Success);
+    EXPECT_EQ(session.SendEvents(), AnalyticsResult::Success);
+    EXPECT_NE(script.executed.back().command.find(deep), WideString::npos);
+}
+
+TEST_F(WindowsEvent, ThatNestsTooDeepIsMalformed) {
+    WideString deep(1024, '[');
+    deep.append(1024, ']');
+    EXPECT_EQ(collect(ORVEL_TEXT("text"), deep), AnalyticsResult::MalformedJson);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ std::wstring registeredPath() {
     DWORD size = sizeof path;
     if (RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), kDllPathValue, RRF_RT_REG_SZ, nullptr,
                      path.data(), &size) != ERROR_SUCCESS) {
-        throw std::runtime_error("no stand-in runtime is registered; see register_stand_in.cpp");
+        throw std::runtime_error("no stand-in runtime is registered; ./dev windows registers it");
     }
     return path.data();
 }
