@@ -24,30 +24,30 @@ class FactoryStress : public Orvel::TestSupport::OnStandIn {
 
 TEST_F(FactoryStress, NoFactoryIsUsedAfterItsRelease) {
     constexpr int kUsers = 4;
-    constexpr int kUses = 500;
-    std::atomic<int> working = kUsers;
-    std::atomic<int> made = 0;
+    constexpr std::size_t kReleases = 30;
+    std::atomic<bool> isOver = false;
+    std::atomic<int> failures = 0;
     std::vector<std::thread> threads;
     for (int user = 0; user < kUsers; ++user) {
         threads.emplace_back([&] {
-            for (int use = 0; use < kUses; ++use) {
+            while (!isOver) {
                 Document document;
-                made += document.newObject().size() == 0 ? 1 : 0;
-                made += document.parseObject(L"{\"a\":1}").size() == 1 ? 1 : 0;
+                failures += document.newObject().size() == 0 ? 0 : 1;
+                failures += document.parseObject(L"{\"a\":1}").size() == 1 ? 0 : 1;
             }
-            --working;
         });
     }
-    while (working != 0) {
+    // Every factory but the first was asked for because the one before had been released.
+    while (runtime.factories("JsonObject").size() <= kReleases) {
         releaseFactories();
     }
+    isOver = true;
     for (std::thread& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(made, 2 * kUsers * kUses);
+    EXPECT_EQ(failures, 0);
     EXPECT_EQ(runtime.usesAfterRelease(), 0U);
     EXPECT_EQ(runtime.liveObjects(), 0U);
-    EXPECT_GT(runtime.factories("JsonObject").size(), 1U);
 }
 
 }  // namespace
