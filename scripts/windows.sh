@@ -73,7 +73,8 @@ testWindows() {
     runWindowsProgram "$architecture" wineboot.exe --kill >/dev/null 2>&1 || true
     [ "$architecture" = x64 ] || forgetArm64Programs
     testCount[$architecture]=$(countTests \
-        "$root/build/windows-$architecture-"{double,portable}/Testing/Temporary/LastTest.log)
+        "$root/build/windows-$architecture-"{double,portable}/Testing/Temporary/LastTest.log) ||
+        failed=1
     return "$failed"
 }
 
@@ -125,11 +126,19 @@ printRegistration() {
     done
 }
 
-# What the programs of some test runs say of themselves.
+# What the programs of some test runs say of themselves. A program that ended early, which its exit
+# status may not tell under wine, has begun more tests than it has run: that fails.
 countTests() {
     awk '
-        / tests? from .* ran\./ { for (i = 1; i < NF; i++) if ($i ~ /=====\]$/) ran += $(i + 1) }
-        /\[  PASSED  \] [0-9]+ tests?\./ { for (i = 1; i < NF; i++) if ($i == "PASSED") passed += $(i + 2) }
-        /\[  SKIPPED \] [0-9]+ tests?,/ { for (i = 1; i < NF; i++) if ($i == "SKIPPED") skipped += $(i + 2) }
-        END { printf "%d tests ran, %d passed, %d skipped\n", ran, passed, skipped }' "$@"
+        function number(word,    i) {
+            for (i = 1; i < NF; i++) if ($i == word || $i ~ word "$") return $(i + 1) + 0
+        }
+        /=\] Running [0-9]+ tests? from/ { begun += number("Running") }
+        /=\] [0-9]+ tests? from .* ran\./ { ran += number("=\\]") }
+        /\[  PASSED  \] [0-9]+ tests?\./ { passed += number("\\]") }
+        /\[  SKIPPED \] [0-9]+ tests?,/ { skipped += number("\\]") }
+        END {
+            printf "%d tests ran: %d passed, %d skipped\n", ran, passed, skipped
+            exit ran == 0 || ran != begun || ran != passed + skipped
+        }' "$@"
 }
