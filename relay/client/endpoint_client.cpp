@@ -1,42 +1,28 @@
 #include "relay/client/endpoint_client.h"
 
-#include <cerrno>
 #include <utility>
 
+#include "relay/client/thread_error.h"
+
 namespace Orvel::Relay::Client {
-namespace {
-
-// The host's `errno` is its own.
-class ErrnoKept {
-  public:
-    ErrnoKept() : value_(errno) {}
-    ErrnoKept(const ErrnoKept&) = delete;
-    ErrnoKept& operator=(const ErrnoKept&) = delete;
-    ~ErrnoKept() { errno = value_; }
-
-  private:
-    int value_;
-};
-
-}  // namespace
 
 EndpointClient::EndpointClient(std::unique_ptr<Transport> transport)
     : connection_(std::move(transport)) {}
 
 EndpointClient::~EndpointClient() {
-    const ErrnoKept kept;
+    const ThreadErrorKept kept;
     connection_.close();
 }
 
 std::int32_t EndpointClient::OpenConnection(WideString argument) {
-    const ErrnoKept kept;
+    const ThreadErrorKept kept;
     connection_.close();
     return connection_.open(argument);
 }
 
 std::int32_t EndpointClient::ExecuteCommand(WideString target, std::uint32_t argument,
                                             WideString command, WideString& reply) {
-    const ErrnoKept kept;
+    const ThreadErrorKept kept;
     if (!connection_.isOpen()) {
         return Status::kConnectionLost;
     }
@@ -44,7 +30,7 @@ std::int32_t EndpointClient::ExecuteCommand(WideString target, std::uint32_t arg
 }
 
 std::int32_t EndpointClient::CloseConnection() {
-    const ErrnoKept kept;
+    const ThreadErrorKept kept;
     if (!connection_.isOpen()) {
         return Status::kConnectionLost;
     }

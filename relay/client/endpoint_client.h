@@ -8,7 +8,8 @@
 
 namespace Orvel::Relay::Client {
 
-/// The client over a transport: safe in any order of use, and without a trace in `errno`.
+/// The client over a transport: safe in any order of use, and without a trace in what the thread
+/// remembers of its errors.
 class EndpointClient final : public Core::RpcClient {
   public:
     explicit EndpointClient(std::unique_ptr<Transport> transport);

@@ -7,22 +7,16 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <optional>
 #include <utility>
 
 #include "orvel/relay/rpc_client.h"
-#include "relay/wire/endpoint.h"
+#include "relay/client/polled_descriptor_posix.h"
 
 namespace Orvel::Relay::Client {
 namespace {
-
-// A server whose queue of connections is full makes room within moments, but the system offers no
-// wait for that: it is asked again, ever less often.
-constexpr std::chrono::milliseconds kFirstPause{1};
-constexpr std::chrono::milliseconds kLongestPause{50};
 
 std::optional<sockaddr_un> addressOf(const std::string& path) {
     sockaddr_un address{};
@@ -61,27 +55,11 @@ Transfer moved(ssize_t count) {
 
 }  // namespace
 
-SocketTransport::SocketTransport(std::vector<std::string> paths, Waiter& waiter)
-    : paths_(std::move(paths)), waiter_(waiter) {}
-
 SocketTransport::~SocketTransport() { disconnect(); }
-
-TimePoint SocketTransport::now() { return waiter_.now(); }
 
 bool SocketTransport::isConnected() const { return socket_ >= 0; }
 
-std::int32_t SocketTransport::connect(TimePoint until) {
-    std::int32_t status = Status::kServerUnavailable;
-    for (const std::string& path : paths_) {
-        status = connectTo(path, until);
-        if (status != Status::kServerUnavailable) {
-            break;
-        }
-    }
-    return status;
-}
-
-std::int32_t SocketTransport::connectTo(const std::string& path, TimePoint until) {
+std::optional<std::int32_t> SocketTransport::tryToConnect(const std::string& path) {
     const std::optional<sockaddr_un> address = addressOf(path);
     if (!address) {
         return Status::kServerUnavailable;
@@ -90,28 +68,19 @@ std::int32_t SocketTransport::connectTo(const std::string& path, TimePoint until
     if (socket_ < 0) {
         return statusOfRefusal(errno);
     }
-    std::int32_t status = Status::kSuccess;
-    auto pause = kFirstPause;
-    while (::connect(socket_, reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0) {
-        if (errno == EINTR) {
-            continue;
-        }
-        if (errno != EAGAIN) {
-            status = statusOfRefusal(errno);
-            break;
-        }
-        const TimePoint time = waiter_.now();
-        if (time >= until) {
-            status = Status::kTimeout;
-            break;
-        }
-        waiter_.wait(-1, 0, std::min<TimePoint>(until, time + pause));
-        pause = std::min(2 * pause, kLongestPause);
+    int result = 0;
+    do {
+        result = ::connect(socket_, reinterpret_cast<const sockaddr*>(&*address), sizeof *address);
+    } while (result != 0 && errno == EINTR);
+    if (result == 0) {
+        return Status::kSuccess;
     }
-    if (status != Status::kSuccess) {
-        disconnect();
+    const int error = errno;
+    disconnect();
+    if (error == EAGAIN) {
+        return std::nullopt;
     }
-    return status;
+    return statusOfRefusal(error);
 }
 
 void SocketTransport::disconnect() noexcept {
@@ -149,21 +118,18 @@ Transfer SocketTransport::receive(std::span<std::byte> room) {
 }
 
 Readiness SocketTransport::wait(bool sending, TimePoint until) {
-    const short wanted = sending ? POLLIN | POLLOUT : POLLIN;
-    const short events = waiter_.wait(socket_, wanted, until);
+    PolledDescriptor polled(socket_, sending ? POLLIN | POLLOUT : POLLIN);
     Readiness ready;
-    // A connection that is over can be received from: that is how its end is told.
-    ready.toReceive = (events & ~POLLOUT) != 0;
-    ready.toSend = (events & POLLOUT) != 0;
+    if (waiter().wait(polled, until)) {
+        // A connection that is over can be received from: that is how its end is told.
+        ready.toReceive = (polled.events() & ~POLLOUT) != 0;
+        ready.toSend = (polled.events() & POLLOUT) != 0;
+    }
     return ready;
 }
 
-std::unique_ptr<Transport> makeTransport(const std::string& endpoint) {
-    std::vector<std::string> paths;
-    if (!endpoint.empty()) {
-        paths = Wire::pathsToTry(Wire::foldersOfThisProcess(), endpoint);
-    }
-    return std::make_unique<SocketTransport>(std::move(paths), systemWaiter());
+std::unique_ptr<Transport> makeTransport(std::vector<std::string> paths, Waiter& waiter) {
+    return std::make_unique<SocketTransport>(std::move(paths), waiter);
 }
 
 }  // namespace Orvel::Relay::Client

@@ -197,7 +197,7 @@ std::filesystem::path endpointSocket(const std::string& endpoint) {
         throw std::invalid_argument(
             "no folder for the socket: neither ORVEL_RPC_DIRECTORY nor XDG_RUNTIME_DIR is set");
     }
-    return Wire::socketPath(folder, endpoint);
+    return Wire::endpointPath(folder, endpoint);
 }
 
 }  // namespace Orvel::Relay::Server

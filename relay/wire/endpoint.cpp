@@ -5,8 +5,6 @@
 namespace Orvel::Relay::Wire {
 namespace {
 
-constexpr std::size_t kLongestName = 64;
-
 bool belongsToName(char character) {
     return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
            (character >= '0' && character <= '9') || character == '.' || character == '_' ||
@@ -16,13 +14,13 @@ bool belongsToName(char character) {
 }  // namespace
 
 bool isEndpointName(const std::string& name) {
-    return !name.empty() && name.size() <= kLongestName && name != "." && name != ".." &&
+    return !name.empty() && name.size() <= kLongestEndpointName && name != "." && name != ".." &&
            std::all_of(name.begin(), name.end(), belongsToName);
 }
 
 std::string toEndpointName(WideStringView name) {
     std::string narrow;
-    if (name.size() > kLongestName) {
+    if (name.size() > kLongestEndpointName) {
         return narrow;
     }
     for (const WideChar unit : name) {
@@ -39,11 +37,13 @@ std::string toEndpointName(WideStringView name) {
 
 std::vector<std::string> pathsToTry(const EndpointFolders& folders, const std::string& endpoint) {
     if (!folders.chosen.empty()) {
-        return {socketPath(folders.chosen, endpoint)};
+        return {endpointPath(folders.chosen, endpoint)};
     }
-    std::vector<std::string> paths = {socketPath(folders.machine, endpoint)};
-    if (!folders.user.empty()) {
-        paths.push_back(socketPath(folders.user, endpoint));
+    std::vector<std::string> paths;
+    for (const std::string& folder : {folders.machine, folders.user}) {
+        if (!folder.empty()) {
+            paths.push_back(endpointPath(folder, endpoint));
+        }
     }
     return paths;
 }

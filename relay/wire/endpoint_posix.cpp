@@ -25,7 +25,7 @@ EndpointFolders foldersOfThisProcess() {
     return folders;
 }
 
-std::string socketPath(const std::string& folder, const std::string& endpoint) {
+std::string endpointPath(const std::string& folder, const std::string& endpoint) {
     return folder + '/' + endpoint + ".sock";
 }
 

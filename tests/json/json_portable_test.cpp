@@ -9,15 +9,102 @@
 #include "json/portable/arena.h"
 #include "json/raise.h"
 #include "orvel/analytics/hresult_error.h"
+#include "support/raised_status.h"
 
 namespace {
 
 using Orvel::WideString;
+using Orvel::WideStringView;
+using Orvel::TestSupport::raisedStatus;
+using testing::PrintToString;
 using namespace Orvel::Analytics::Json;
 
-WideString reserialised(Orvel::WideStringView text) {
+std::uint32_t parseStatus(WideStringView text) {
+    Document document;
+    return raisedStatus([&] { static_cast<void>(document.parseObject(text)); });
+}
+
+WideString reserialised(WideStringView text) {
     Document document;
     return document.parseObject(text).stringify();
+}
+
+WideString nested(std::size_t depth) {
+    WideString text = ORVEL_TEXT("{\"a\":");
+    text.append(depth - 1, '[').append(depth - 1, ']');
+    return text + ORVEL_TEXT("}");
+}
+
+TEST(PortableJson, RefusesMalformedNumbers) {
+    for (const WideStringView text :
+         {ORVEL_TEXT("{\"a\":01}"), ORVEL_TEXT("{\"a\":1.}"), ORVEL_TEXT("{\"a\":.5}"),
+          ORVEL_TEXT("{\"a\":+1}"), ORVEL_TEXT("{\"a\":0x10}")}) {
+        EXPECT_EQ(parseStatus(text), Status::kInvalidJsonString) << PrintToString(WideString(text));
+    }
+}
+
+TEST(PortableJson, RefusesComments) {
+    for (const WideStringView text :
+         {ORVEL_TEXT("/**/{}"), ORVEL_TEXT("{}//"), ORVEL_TEXT("{\"a\"/**/:1}")}) {
+        EXPECT_EQ(parseStatus(text), Status::kInvalidJsonString) << PrintToString(WideString(text));
+    }
+}
+
+TEST(PortableJson, RefusesEscapedUnpairedSurrogates) {
+    for (const WideStringView text :
+         {ORVEL_TEXT("{\"a\":\"\\ud83d\"}"), ORVEL_TEXT("{\"a\":\"\\ude00\"}"),
+          ORVEL_TEXT("{\"a\":\"\\ud83d\\u0041\"}")}) {
+        EXPECT_EQ(parseStatus(text), Status::kInvalidJsonString) << PrintToString(WideString(text));
+    }
+    EXPECT_EQ(reserialised(ORVEL_TEXT("{\"a\":\"\\ud83d\\ude00\"}")),
+              ORVEL_TEXT("{\"a\":\"\U0001F600\"}"));
+}
+
+TEST(PortableJson, AcceptsEveryWayToWriteZero) {
+    const WideString longZero = ORVEL_TEXT("0.") + WideString(400, '0');
+    for (const WideString& number :
+         {WideString(ORVEL_TEXT("0e-9999")), WideString(ORVEL_TEXT("0.0E+9999")), longZero}) {
+        EXPECT_EQ(parseStatus(ORVEL_TEXT("{\"a\":") + number + ORVEL_TEXT("}")), 0U)
+            << PrintToString(number);
+    }
+}
+
+TEST(PortableJson, RefusesNestingBeyond1024) {
+    EXPECT_EQ(parseStatus(nested(1024)), 0U);
+    EXPECT_EQ(parseStatus(nested(1025)), Status::kImplementationLimit);
+    EXPECT_EQ(parseStatus(nested(100'000)), Status::kImplementationLimit);
+}
+
+TEST(PortableJson, LeavesAMemberInItsPlaceWhenItsNameComesAgain) {
+    EXPECT_EQ(reserialised(ORVEL_TEXT("{\"a\":1,\"b\":2,\"a\":3}")),
+              ORVEL_TEXT("{\"a\":3,\"b\":2}"));
+}
+
+TEST(PortableJson, TakesANullForAMemberOfAnotherType) {
+    Document document;
+    const Object object = document.parseObject(ORVEL_TEXT("{\"z\":null}"));
+    const WideStringView z = ORVEL_TEXT("z");
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedString(z)); }),
+              Status::kIllegalMethodCall);
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedBoolean(z)); }),
+              Status::kIllegalMethodCall);
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedObject(z)); }),
+              Status::kIllegalMethodCall);
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(object.getNamedArray(z)); }),
+              Status::kIllegalMethodCall);
+}
+
+TEST(PortableJson, TakesAnyTextForAName) {
+    const WideString name = WideString(1, 0) + ORVEL_TEXT("\u2028\uFFFF");
+    Document document;
+    Object object = document.parseObject(ORVEL_TEXT("{\"\":2,\"a\":1}"));
+    object.setNamedValue(name, document.stringValue(ORVEL_TEXT("x")));
+    const ObjectView view = object.getView();
+    EXPECT_TRUE(view.hasKey(ORVEL_TEXT("")));
+    EXPECT_FALSE(view.hasKey(ORVEL_TEXT("A"))) << "the case of names tells them apart";
+    EXPECT_FALSE(view.hasKey(WideString(1, 0xD800)));
+    Document again;
+    EXPECT_EQ(again.parseObject(object.stringify()).getNamedString(name), ORVEL_TEXT("x"));
 }
 
 TEST(PortableJson, KeepsNumbersAsWritten) {
@@ -72,8 +159,7 @@ TEST(PortableJson, EscapesControlCharactersInTheShortestForm) {
 }
 
 TEST(PortableJson, SerialisesDeeperThanItParses) {
-    WideString deep = ORVEL_TEXT("{\"a\":");
-    deep.append(1023, '[').append(1023, ']').append(1, '}');
+    const WideString deep = nested(1024);
     Document document;
     const Object parsed = document.parseObject(deep);
     Object outer = document.newObject();

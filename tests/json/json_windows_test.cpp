@@ -33,6 +33,18 @@ TEST(WindowsJson, ReadsEveryNumberAsADouble) {
                          "\"e\":0.1}"));
 }
 
+TEST(WindowsJson, KeepsOfANumberWhatADoubleHolds) {
+    const auto kept = [](const std::string& number) {
+        Document document;
+        const Object object = document.parseObject(Orvel::toWide("{\"a\":" + number + "}"));
+        return Orvel::toUtf8(object.getView().lookup(ORVEL_TEXT("a"))->stringify());
+    };
+    EXPECT_EQ(kept("9007199254740992"), "9007199254740992");
+    EXPECT_EQ(kept("9007199254740993"), "9007199254740992");
+    EXPECT_EQ(std::stod(kept("12345678901234567890")), 12345678901234567890.0);
+    EXPECT_EQ(std::stod(kept("3.0000000000000009")), 3.0000000000000009);
+}
+
 TEST(WindowsJson, KeepsTheOrderOfMembers) {
     const WideString text = ORVEL_TEXT("{\"z\":1,\"a\":2,\"m\":{\"y\":1,\"b\":2}}");
     Document document;
@@ -66,6 +78,15 @@ TEST(WindowsJson, HoldsTheLimitOfNestingForWhatTheLibrarySerialised) {
     Document document;
     EXPECT_EQ(raisedStatus([&] { static_cast<void>(document.serialisedObject(deep)); }),
               Status::kImplementationLimit);
+}
+
+TEST(WindowsJson, ReadsWhatWasSerialisedEarlierOnceMore) {
+    const WideString number = ORVEL_TEXT("{\"a\":1.0}");
+    const WideString half = ORVEL_TEXT("{\"a\":");
+    Document document;
+    EXPECT_EQ(document.serialisedObject(number).stringify(), ORVEL_TEXT("{\"a\":1}"));
+    EXPECT_EQ(raisedStatus([&] { static_cast<void>(document.serialisedObject(half)); }),
+              Status::kInvalidJsonString);
 }
 
 class WindowsEvent : public testing::Test {

@@ -1,15 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <iterator>
 #include <new>
 #include <utility>
-#include <vector>
 
 #include "orvel/relay/rpc_client.h"
-#include "relay/client/socket_transport_posix.h"
+#include "relay/client/path_transport.h"
 #include "tests/relay/failing_allocations.h"
 #include "tests/relay/frame_bytes.h"
+#include "tests/relay/open_handles.h"
 #include "tests/relay/scripted_server.h"
 
 /// Memory that runs out at any allocation of the client.
@@ -24,25 +22,23 @@ class SparedServer final : public Client::Waiter {
 
     Client::TimePoint now() override { return script.now(); }
 
-    short wait(int descriptor, short events, Client::TimePoint until) override {
+    bool wait(Client::Awaited& awaited, Client::TimePoint until) override {
         const int left = std::exchange(allocationsLeft, -1);
-        const short ready = script.wait(descriptor, events, until);
+        const bool came = script.wait(awaited, until);
         allocationsLeft = left;
-        return ready;
+        return came;
     }
+
+    void pauseUntil(Client::TimePoint time) override { script.pauseUntil(time); }
 
     std::unique_ptr<Client::EndpointClient> makeClient() {
         return std::make_unique<Client::EndpointClient>(
-            std::make_unique<Client::SocketTransport>(std::vector{script.path()}, *this));
+            Client::makeTransport({script.path()}, *this));
     }
 };
 
-long descriptorsOpen() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
 TEST(ClientMemory, RunningOutAtAnyAllocationClosesTheConnectionAndIsRaised) {
-    const WideString text(100'000, u'x');
+    const WideString text(100'000, ORVEL_RELAY_TEXT('x'));
     int raised = 0;
     bool succeeded = false;
     for (int n = 0; !succeeded; ++n) {
@@ -50,11 +46,11 @@ TEST(ClientMemory, RunningOutAtAnyAllocationClosesTheConnectionAndIsRaised) {
         SparedServer server;
         server.script.welcome().receiveFrame().send(replyFrame(1, text));
         const auto client = server.makeClient();
-        ASSERT_EQ(client->OpenConnection(u""), Status::kSuccess);
-        WideString target = u"TA";
+        ASSERT_EQ(client->OpenConnection(ORVEL_RELAY_TEXT("")), Status::kSuccess);
+        WideString target = ORVEL_RELAY_TEXT("TA");
         WideString command = text;
-        WideString reply = u"untouched";
-        const long before = descriptorsOpen();
+        WideString reply = ORVEL_RELAY_TEXT("untouched");
+        const std::size_t before = openHandles().size();
         allocationsLeft = n;
         try {
             EXPECT_EQ(client->ExecuteCommand(std::move(target), 0, std::move(command), reply),
@@ -64,8 +60,8 @@ TEST(ClientMemory, RunningOutAtAnyAllocationClosesTheConnectionAndIsRaised) {
             succeeded = true;
         } catch (const std::bad_alloc&) {
             ++raised;
-            EXPECT_EQ(reply, u"untouched");
-            EXPECT_EQ(descriptorsOpen(), before - 1);
+            EXPECT_EQ(reply, ORVEL_RELAY_TEXT("untouched"));
+            EXPECT_EQ(openHandles().size(), before - handlesOfAConnection());
             EXPECT_EQ(client->CloseConnection(), Status::kConnectionLost);
         }
     }
@@ -74,15 +70,16 @@ TEST(ClientMemory, RunningOutAtAnyAllocationClosesTheConnectionAndIsRaised) {
 
 TEST(ClientMemory, AShortOperationAllocatesNothingButItsReply) {
     SparedServer server;
-    server.script.welcome().receiveFrame().send(replyFrame(1, u"short"));
+    server.script.welcome().receiveFrame().send(replyFrame(1, ORVEL_RELAY_TEXT("short")));
     const auto client = server.makeClient();
     WideString reply;
     allocationsLeft = 0;
-    EXPECT_EQ(client->OpenConnection(u""), Status::kSuccess);
-    EXPECT_EQ(client->ExecuteCommand(u"TA", 0, u"short", reply), Status::kSuccess);
+    EXPECT_EQ(client->OpenConnection(ORVEL_RELAY_TEXT("")), Status::kSuccess);
+    EXPECT_EQ(client->ExecuteCommand(ORVEL_RELAY_TEXT("TA"), 0, ORVEL_RELAY_TEXT("short"), reply),
+              Status::kSuccess);
     EXPECT_EQ(allocationsLeft, 0);
     allocationsLeft = -1;
-    EXPECT_EQ(reply, u"short");
+    EXPECT_EQ(reply, ORVEL_RELAY_TEXT("short"));
 }
 
 }  // namespace

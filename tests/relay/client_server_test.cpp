@@ -120,9 +120,8 @@ TEST(ClientAndServer, HundredsOfIdleConnectionsDoNotHinderAnother) {
 
 TEST(ClientAndServer, AServerThatIsStartedAgainIsFoundAgain) {
     const TemporaryFolder folder;
-    const auto client =
-        std::make_unique<Client::EndpointClient>(std::make_unique<Client::SocketTransport>(
-            std::vector{folder.file("a.sock")}, Client::systemWaiter()));
+    const auto client = std::make_unique<Client::EndpointClient>(
+        Client::makeTransport({folder.file("a.sock")}, Client::systemWaiter()));
     for (int round = 0; round < 3; ++round) {
         EXPECT_EQ(client->OpenConnection(u""), Status::kServerUnavailable);
         Server::Server server(folder.file("a.sock"), always(echo));

@@ -46,7 +46,7 @@ inline std::string welcomeFrame(std::uint32_t largestBody = Wire::kLargestBody) 
 }
 
 inline std::string commandFrame(std::uint32_t id, WideStringView body) {
-    return frame(Wire::FrameType::kCommand, id, 0, u"TA", body);
+    return frame(Wire::FrameType::kCommand, id, 0, ORVEL_RELAY_TEXT("TA"), body);
 }
 
 inline std::string replyFrame(std::uint32_t id, WideStringView body) {

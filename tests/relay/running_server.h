@@ -11,7 +11,7 @@
 #include "orvel/relay/rpc_client.h"
 #include "orvel/relay/server.h"
 #include "relay/client/endpoint_client.h"
-#include "relay/client/socket_transport_posix.h"
+#include "relay/client/path_transport.h"
 #include "tests/relay/temporary_folder.h"
 
 namespace Orvel::Relay::Testing {
@@ -78,7 +78,7 @@ class RunningServer {
     /// A client with real time.
     std::unique_ptr<Client::EndpointClient> makeClient() const {
         return std::make_unique<Client::EndpointClient>(
-            std::make_unique<Client::SocketTransport>(std::vector{path()}, Client::systemWaiter()));
+            Client::makeTransport({path()}, Client::systemWaiter()));
     }
 
   private:

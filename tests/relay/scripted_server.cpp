@@ -1,39 +1,17 @@
 #include "tests/relay/scripted_server.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <optional>
 #include <stdexcept>
 #include <utility>
 
-#include "relay/client/socket_transport_posix.h"
+#include "relay/client/path_transport.h"
 #include "tests/relay/frame_bytes.h"
 
 namespace Orvel::Relay::Testing {
 
 using Client::TimePoint;
-
-ScriptedServer::ScriptedServer() {
-    listening_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path().data(), path().size());
-    if (::bind(listening_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(listening_, 0) != 0) {
-        throw std::runtime_error("the scripted server cannot listen");
-    }
-}
-
-ScriptedServer::~ScriptedServer() {
-    closeNow();
-    stopListening();
-}
 
 ScriptedServer& ScriptedServer::add(Step step) {
     steps_.push_back(std::move(step));
@@ -41,26 +19,18 @@ ScriptedServer& ScriptedServer::add(Step step) {
 }
 
 ScriptedServer& ScriptedServer::accept() {
-    return add([this] {
-        const int accepted = ::accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-        if (accepted < 0) {
-            return Progress::kNone;
-        }
-        closeNow();
-        connection_ = accepted;
-        return Progress::kDone;
-    });
+    return add([this] { return end_.accept() ? Progress::kDone : Progress::kNone; });
 }
 
 ScriptedServer::Progress ScriptedServer::receiveUpTo(std::size_t& missing) {
     std::array<char, 65536> buffer;
-    const ssize_t count =
-        ::recv(connection_, buffer.data(), std::min(missing, buffer.size()), MSG_DONTWAIT);
-    if (count <= 0) {
+    const std::size_t count =
+        end_.receive(std::span(buffer).first(std::min(missing, buffer.size())));
+    if (count == 0) {
         return Progress::kNone;
     }
-    received_.append(buffer.data(), static_cast<std::size_t>(count));
-    missing -= static_cast<std::size_t>(count);
+    received_.append(buffer.data(), count);
+    missing -= count;
     return missing == 0 ? Progress::kDone : Progress::kSome;
 }
 
@@ -95,12 +65,11 @@ ScriptedServer& ScriptedServer::receiveFrame() {
 
 ScriptedServer& ScriptedServer::send(std::string bytes) {
     return add([this, bytes = std::move(bytes), sent = std::size_t{0}]() mutable {
-        const ssize_t count = ::send(connection_, bytes.data() + sent, bytes.size() - sent,
-                                     MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (count < 0) {
+        const std::optional<std::size_t> count = end_.send(std::string_view(bytes).substr(sent));
+        if (!count) {
             return Progress::kNone;
         }
-        sent += static_cast<std::size_t>(count);
+        sent += *count;
         if (sent < bytes.size()) {
             return Progress::kSome;
         }
@@ -115,7 +84,7 @@ ScriptedServer& ScriptedServer::pause(std::chrono::milliseconds time) {
             end = now_ + time;
         }
         if (now_ < *end) {
-            pauseUntil_ = *end;
+            pauseEnd_ = *end;
             return Progress::kNone;
         }
         end.reset();
@@ -158,12 +127,6 @@ void ScriptedServer::proceed() {
     }
 }
 
-void ScriptedServer::closeNow() {
-    if (connection_ >= 0) {
-        ::close(std::exchange(connection_, -1));
-    }
-}
-
 void ScriptedServer::startOver() {
     closeNow();
     steps_.clear();
@@ -171,19 +134,12 @@ void ScriptedServer::startOver() {
     perLook_ = std::chrono::milliseconds(0);
 }
 
-void ScriptedServer::stopListening() {
-    if (listening_ >= 0) {
-        ::close(std::exchange(listening_, -1));
-    }
-}
-
 std::unique_ptr<Client::EndpointClient> ScriptedServer::makeClient() {
     return makeClient({path()});
 }
 
 std::unique_ptr<Client::EndpointClient> ScriptedServer::makeClient(std::vector<std::string> paths) {
-    return std::make_unique<Client::EndpointClient>(
-        std::make_unique<Client::SocketTransport>(std::move(paths), *this));
+    return std::make_unique<Client::EndpointClient>(Client::makeTransport(std::move(paths), *this));
 }
 
 std::chrono::milliseconds ScriptedServer::elapsed() const {
@@ -195,24 +151,32 @@ TimePoint ScriptedServer::now() {
     return now_;
 }
 
-short ScriptedServer::wait(int descriptor, short events, TimePoint until) {
-    for (;;) {
-        pollfd watched{descriptor, events, 0};
-        if (descriptor >= 0 && ::poll(&watched, 1, 0) > 0) {
-            return watched.revents;
+bool ScriptedServer::wait(Client::Awaited& awaited, TimePoint until) {
+    constexpr TimePoint kOver{};
+    do {
+        if (awaited.comesBefore(kOver)) {
+            return true;
         }
-        pauseUntil_ = until;
-        if (!steps_.empty() && takeStep() != Progress::kNone) {
-            continue;
-        }
-        now_ = std::max(now_, std::min(until, pauseUntil_));
-        if (elapsed() > std::chrono::hours(24)) {
-            throw std::runtime_error("the client waits for ever");
-        }
-        if (now_ >= until) {
-            return 0;
-        }
+    } while (proceedUntil(until));
+    return false;
+}
+
+void ScriptedServer::pauseUntil(TimePoint time) {
+    while (proceedUntil(time)) {
     }
+}
+
+// Takes a step, or lets time pass; false when the time has come.
+bool ScriptedServer::proceedUntil(TimePoint time) {
+    pauseEnd_ = time;
+    if (!steps_.empty() && takeStep() != Progress::kNone) {
+        return true;
+    }
+    now_ = std::max(now_, std::min(time, pauseEnd_));
+    if (elapsed() > std::chrono::hours(24)) {
+        throw std::runtime_error("the client waits for ever");
+    }
+    return now_ < time;
 }
 
 }  // namespace Orvel::Relay::Testing

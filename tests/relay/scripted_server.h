@@ -7,20 +7,21 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "relay/client/endpoint_client.h"
-#include "relay/client/waiter_posix.h"
-#include "tests/relay/temporary_folder.h"
+#include "relay/client/waiter.h"
+#include "relay/wire/frame.h"
+#include "tests/relay/server_end.h"
 
 namespace Orvel::Relay::Testing {
 
-/// A server that does what a script says, with real sockets but without threads or real time: it
-/// takes its next step whenever the client would have to wait. When the script is at its end, or at
-/// a pause, the client's time passes.
+/// A server that does what a script says, over real connections but without threads or real time:
+/// it takes its next step whenever the client would have to wait. When the script is at its end, or
+/// at a pause, the client's time passes.
 class ScriptedServer final : public Client::Waiter {
   public:
-    ScriptedServer();
-    ~ScriptedServer() override;
+    ScriptedServer() = default;
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;
 
@@ -39,17 +40,18 @@ class ScriptedServer final : public Client::Waiter {
 
     /// Takes the steps that can be taken now, without a client that waits.
     void proceed();
-    void closeNow();
+    void closeNow() { end_.close(); }
     /// Closes the connection and forgets the rest of the script.
     void startOver();
-    void stopListening();
+    void stopListening() { end_.stopListening(); }
 
     /// A client of this server, or one that tries these paths.
     std::unique_ptr<Client::EndpointClient> makeClient();
     std::unique_ptr<Client::EndpointClient> makeClient(std::vector<std::string> paths);
 
-    std::string path() const { return folder_.file("scripted.sock"); }
-    const TemporaryFolder& folder() const { return folder_; }
+    std::string path() const { return end_.path(); }
+    /// Another path in the same folder; nobody listens there.
+    std::string pathBeside(const std::string& name) const { return end_.pathBeside(name); }
 
     /// All that has been received.
     const std::string& received() const { return received_; }
@@ -60,7 +62,8 @@ class ScriptedServer final : public Client::Waiter {
 
     // Client::Waiter
     Client::TimePoint now() override;
-    short wait(int descriptor, short events, Client::TimePoint until) override;
+    bool wait(Client::Awaited& awaited, Client::TimePoint until) override;
+    void pauseUntil(Client::TimePoint time) override;
 
   private:
     enum class Progress { kDone, kSome, kNone };
@@ -69,16 +72,15 @@ class ScriptedServer final : public Client::Waiter {
     ScriptedServer& add(Step step);
     Progress takeStep();
     Progress receiveUpTo(std::size_t& missing);
+    bool proceedUntil(Client::TimePoint time);
 
-    TemporaryFolder folder_;
-    int listening_ = -1;
-    int connection_ = -1;
+    ServerEnd end_;
     std::deque<Step> steps_;
     bool repeats_ = false;
     std::string received_;
     Client::TimePoint start_{std::chrono::hours{1000}};
     Client::TimePoint now_ = start_;
-    Client::TimePoint pauseUntil_{};
+    Client::TimePoint pauseEnd_{};
     std::chrono::milliseconds perLook_{0};
 };
 

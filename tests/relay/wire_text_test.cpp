@@ -13,7 +13,7 @@ namespace Orvel::Relay::Wire {
 namespace {
 
 // Lone surrogates, U+0000 and a pair.
-const WideString kOddText(u"a\xD800\x0000\xDFFFz\xD83D\xDE00", 7);
+const WideString kOddText(ORVEL_RELAY_TEXT("a\xD800\x0000\xDFFFz\xD83D\xDE00"), 7);
 
 constexpr std::size_t kKibibyte = 1024;
 
@@ -27,7 +27,7 @@ std::span<const std::byte> asBytes(const std::string& text) {
 
 TEST(WireText, AnyTextTravelsAsLittleEndianCodeUnits) {
     EXPECT_EQ(asString(OutgoingText(kOddText).bytes()), Testing::wireBytes(kOddText));
-    EXPECT_TRUE(OutgoingText(u"").bytes().empty());
+    EXPECT_TRUE(OutgoingText(ORVEL_RELAY_TEXT("")).bytes().empty());
 }
 
 TEST(WireText, ATextThatComesByteByByteIsWholeInTheEnd) {
@@ -44,18 +44,18 @@ TEST(WireText, ATextThatComesByteByByteIsWholeInTheEnd) {
 }
 
 TEST(WireText, ATextTakesNoMoreThanItsOwnBytes) {
-    const std::string bytes = Testing::wireBytes(u"abc") + "next frame";
+    const std::string bytes = Testing::wireBytes(ORVEL_RELAY_TEXT("abc")) + "next frame";
     IncomingText text(6);
     EXPECT_EQ(text.take(asBytes(bytes)), 6u);
     EXPECT_TRUE(text.complete());
-    EXPECT_EQ(std::move(text).finish(), u"abc");
+    EXPECT_EQ(std::move(text).finish(), ORVEL_RELAY_TEXT("abc"));
 }
 
 TEST(WireText, AnEmptyTextIsCompleteAtOnce) {
     IncomingText text(0);
     EXPECT_TRUE(text.complete());
     EXPECT_EQ(text.take(asBytes("next")), 0u);
-    EXPECT_EQ(std::move(text).finish(), u"");
+    EXPECT_EQ(std::move(text).finish(), ORVEL_RELAY_TEXT(""));
 }
 
 TEST(WireText, AClaimAloneCostsNoMemory) {

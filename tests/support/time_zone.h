@@ -1,31 +1,20 @@
 #ifndef ORVEL_SUPPORT_TIME_ZONE_H
 #define ORVEL_SUPPORT_TIME_ZONE_H
 
-#include <cstdlib>
 #include <optional>
 #include <string>
 
 namespace Orvel::TestSupport {
 
-/// Sets the process's time zone for as long as it lives. It does not tell the C library: whoever
-/// converts a time must.
+/// Sets the process's time zone for as long as it lives.
 class TimeZone {
   public:
-    explicit TimeZone(const char* zone) {
-        if (const char* const before = std::getenv("TZ")) {
-            before_ = before;
-        }
-        setenv("TZ", zone, 1);
-    }
+    /// @param zone as the variable TZ has it. Every platform knows a name of three letters with an
+    ///     offset in hours to the west: "UTC0", "XXX-3", "YYY5".
+    explicit TimeZone(const char* zone);
     TimeZone(const TimeZone&) = delete;
     TimeZone& operator=(const TimeZone&) = delete;
-    ~TimeZone() {
-        if (before_) {
-            setenv("TZ", before_->c_str(), 1);
-        } else {
-            unsetenv("TZ");
-        }
-    }
+    ~TimeZone();
 
   private:
     std::optional<std::string> before_;

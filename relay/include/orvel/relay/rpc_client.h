@@ -47,8 +47,9 @@ namespace Client::Core {
 /// Threads: a client is used by one thread at a time; different clients are independent. Every
 /// operation blocks the calling thread, for no longer than its deadlines: 2 seconds to connect, 10
 /// without a byte moving, 60 in all. The 60 seconds begin anew whenever the server says that it is
-/// still working, for an hour at the most. No operation starts a thread, prints, raises a signal or
-/// changes `errno`.
+/// still working, for an hour at the most. No operation starts a thread, prints, raises a signal,
+/// runs what is queued to the calling thread or changes `errno` (nor, on Windows, the thread's last
+/// error).
 ///
 /// A process that forks while a connection is open uses it, and closes it, on one side only; a
 /// program that it executes does not have it.
@@ -87,7 +88,7 @@ class RpcClient {
 namespace Client::Native {
 
 /// The maker of clients.
-class ORVEL_RELAY_EXPORT RpcClient {
+class RpcClient {
   public:
     RpcClient() = delete;
 
@@ -95,7 +96,8 @@ class ORVEL_RELAY_EXPORT RpcClient {
     /// @param endpoint the endpoint's name: 1 to 64 of the characters `A-Z a-z 0-9 . _ -`. A name
     ///     of another form makes a client that finds no server.
     /// @return the client, owned by whoever holds the handle; never null.
-    static std::shared_ptr<Core::RpcClient> GetClientForEndpoint(WideString endpoint);
+    ORVEL_RELAY_EXPORT static std::shared_ptr<Core::RpcClient> GetClientForEndpoint(
+        WideString endpoint);
 };
 
 }  // namespace Client::Native

@@ -13,9 +13,13 @@ namespace Orvel::Relay {
 #ifdef _WIN32
 /// One UTF-16 code unit.
 using WideChar = wchar_t;
+/// A literal of it, or of text made of it: `ORVEL_RELAY_TEXT('x')`, `ORVEL_RELAY_TEXT("text")`.
+#define ORVEL_RELAY_TEXT(literal) L##literal
 #else
 /// One UTF-16 code unit.
 using WideChar = char16_t;
+/// A literal of it, or of text made of it: `ORVEL_RELAY_TEXT('x')`, `ORVEL_RELAY_TEXT("text")`.
+#define ORVEL_RELAY_TEXT(literal) u##literal
 #endif
 
 /// UTF-16 text that owns its code units.

@@ -1,0 +1,24 @@
+/// Local timestamps where the platform knows POSIX's rules of time zones.
+
+#include <gtest/gtest.h>
+
+#include "support/time_zone.h"
+#include "text/timestamp.h"
+
+namespace {
+
+using Orvel::Analytics::Text::formatLocalTimestamp;
+using Orvel::TestSupport::TimeZone;
+
+TEST(FormatLocalTimestamp, AppliesDaylightSaving) {
+    const TimeZone zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    EXPECT_EQ(formatLocalTimestamp(1'705'320'000), ORVEL_TEXT("20240115T130000"));
+    EXPECT_EQ(formatLocalTimestamp(1'721'044'800), ORVEL_TEXT("20240715T140000"));
+}
+
+TEST(FormatLocalTimestamp, GoesOnToTheEndOfTheYear9999) {
+    const TimeZone zone("UTC0");
+    EXPECT_EQ(formatLocalTimestamp(253'402'300'799), ORVEL_TEXT("99991231T235959"));
+}
+
+}  // namespace
