@@ -60,7 +60,7 @@ class Apartment : public testing::Test {
   protected:
     void TearDown() override {
         Orvel::Analytics::Json::releaseFactories();
-        EXPECT_EQ(runtime.liveObjects(), 0U);
+        EXPECT_EQ(runtime.liveObjects(), 0);
         EXPECT_EQ(runtime.usesAfterRelease(), 0U);
         EXPECT_EQ(runtime.factoryReferences("JsonObject"), 0U);
         EXPECT_EQ(runtime.factoryReferences("JsonValue"), 0U);

@@ -120,7 +120,7 @@ TEST_P(FailingDevice, IsRaised) {
     EXPECT_THROW(collectDeviceIdentity(), std::bad_alloc);
     runtime.fail(GetParam(), 0x80040154, 1, 1);
     EXPECT_EQ(raisedStatus(collectDeviceIdentity), 0x80040154U);
-    EXPECT_EQ(runtime.liveObjects(), 0U);
+    EXPECT_EQ(runtime.liveObjects(), 0);
     EXPECT_NO_THROW(collectDeviceIdentity());
 }
 
@@ -129,7 +129,7 @@ TEST_P(FailingDevice, LeavesTheSessionsConstructor) {
     EXPECT_THROW(construct(), Orvel::Analytics::hresult_access_denied);
     runtime.fail(GetParam(), 0x80040154, 1, 1);
     EXPECT_EQ(raisedStatus(construct), 0x80040154U);
-    EXPECT_EQ(runtime.liveObjects(), 0U);
+    EXPECT_EQ(runtime.liveObjects(), 0);
     EXPECT_NO_THROW(construct());
 }
 

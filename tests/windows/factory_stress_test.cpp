@@ -47,7 +47,7 @@ TEST_F(FactoryStress, NoFactoryIsUsedAfterItsRelease) {
     }
     EXPECT_EQ(failures, 0);
     EXPECT_EQ(runtime.usesAfterRelease(), 0U);
-    EXPECT_EQ(runtime.liveObjects(), 0U);
+    EXPECT_EQ(runtime.liveObjects(), 0);
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ class OnStandIn : public testing::Test {
     }
 
     void expectNothingLeft() const {
-        EXPECT_EQ(runtime.liveObjects(), 0U);
+        EXPECT_EQ(runtime.liveObjects(), 0);
         EXPECT_EQ(runtime.usesAfterRelease(), 0U);
         for (const char* const runtimeClass : kRuntimeClasses) {
             EXPECT_EQ(runtime.factoryReferences(runtimeClass), 0U) << runtimeClass;

@@ -72,7 +72,7 @@ TEST_F(Unload, ReleasesEveryFactory) {
     plugin.unload();
     EXPECT_FALSE(isLibraryLoaded());
     EXPECT_EQ(references(), 0U);
-    EXPECT_EQ(runtime.liveObjects(), 0U);
+    EXPECT_EQ(runtime.liveObjects(), 0);
     EXPECT_EQ(runtime.usesAfterRelease(), 0U);
 }
 

@@ -27,7 +27,7 @@ struct Action {
 
 class Control {
   public:
-    /// Forgets what was set, the trace, and the factories that nobody holds any more.
+    /// Forgets what was set and what happened; what is still held does not count any more.
     virtual void reset() noexcept = 0;
 
     /// Lets a call give `status` and leave its results untouched.
@@ -52,13 +52,13 @@ class Control {
     virtual std::uint32_t callCount() noexcept = 0;
     virtual const char* callName(std::uint32_t index) noexcept = 0;
 
-    /// The number of a class's factories that were handed out since the reset or are still held,
-    /// and each of them, in the order of the requests.
+    /// The number of a class's factories that were handed out since the reset, and each of them, in
+    /// the order of the requests.
     virtual std::uint32_t factoryCount(const char* runtimeClass) noexcept = 0;
     virtual Factory factory(const char* runtimeClass, std::uint32_t index) noexcept = 0;
 
-    /// The objects other than factories that somebody holds.
-    virtual std::uint32_t liveObjects() noexcept = 0;
+    /// How many more objects other than factories are held than at the reset.
+    virtual std::int32_t liveObjects() noexcept = 0;
     /// How often a factory was used although its last reference had been released.
     virtual std::uint32_t usesAfterRelease() noexcept = 0;
 

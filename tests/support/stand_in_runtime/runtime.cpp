@@ -2,6 +2,8 @@
 
 #include <winstring.h>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace Orvel::StandIn {
@@ -17,7 +19,10 @@ void Runtime::reset() noexcept {
     trace_.clear();
     for (auto& factories : factories_) {
         std::erase_if(factories, [](const auto& factory) { return factory->references == 0; });
+        std::move(factories.begin(), factories.end(), std::back_inserter(abandoned_));
+        factories.clear();
     }
+    objectsAtReset_ = objects.load();
     lateUses = 0;
 }
 
@@ -90,7 +95,7 @@ Factory Runtime::factory(const char* runtimeClass, std::uint32_t index) noexcept
     return {kept.calls, kept.references};
 }
 
-std::uint32_t Runtime::liveObjects() noexcept { return objects; }
+std::int32_t Runtime::liveObjects() noexcept { return objects - objectsAtReset_; }
 
 std::uint32_t Runtime::usesAfterRelease() noexcept { return lateUses; }
 

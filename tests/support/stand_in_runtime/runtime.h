@@ -47,7 +47,7 @@ class Runtime final : public Control {
     const char* callName(std::uint32_t index) noexcept override;
     std::uint32_t factoryCount(const char* runtimeClass) noexcept override;
     Factory factory(const char* runtimeClass, std::uint32_t index) noexcept override;
-    std::uint32_t liveObjects() noexcept override;
+    std::int32_t liveObjects() noexcept override;
     std::uint32_t usesAfterRelease() noexcept override;
 
     /// Notes a call and does what the test wants done inside it.
@@ -62,7 +62,7 @@ class Runtime final : public Control {
     [[nodiscard]] std::wstring deviceFamilyVersion();
     [[nodiscard]] std::wstring operatingSystem();
 
-    std::atomic<std::uint32_t> objects = 0;
+    std::atomic<std::int32_t> objects = 0;
     std::atomic<std::uint32_t> lateUses = 0;
 
   private:
@@ -95,6 +95,9 @@ class Runtime final : public Control {
     Settings settings_;
     std::vector<std::size_t> trace_;
     std::array<std::vector<std::unique_ptr<KeptFactory>>, kClasses.size()> factories_;
+    /// Still held when a test ended; whoever holds them may use them yet.
+    std::vector<std::unique_ptr<KeptFactory>> abandoned_;
+    std::atomic<std::int32_t> objectsAtReset_ = 0;
 };
 
 /// Does the work of one call, unless the test wants the call to fail.

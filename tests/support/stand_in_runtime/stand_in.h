@@ -46,9 +46,9 @@ class StandIn {
     [[nodiscard]] std::size_t count(std::string_view call) const;
     /// The factories of a class, in the order in which they were asked for.
     [[nodiscard]] std::vector<Factory> factories(const std::string& runtimeClass) const;
-    /// The references to all factories of a class.
+    /// The references to all those factories of a class.
     [[nodiscard]] std::uint32_t factoryReferences(const std::string& runtimeClass) const;
-    [[nodiscard]] std::uint32_t liveObjects() const { return control_->liveObjects(); }
+    [[nodiscard]] std::int32_t liveObjects() const { return control_->liveObjects(); }
     [[nodiscard]] std::uint32_t usesAfterRelease() const { return control_->usesAfterRelease(); }
 
   private:
