@@ -51,9 +51,9 @@ const std::map<std::string, Room> kRooms = {
 };
 
 /// Every library that some room may know; what is not here is the standard library or the system.
-const Names kLibraries = {"yyjson.h", "sqlite3.h", "CLI",       "fmt",      "toml++",
-                          "nlohmann", "zlib.h",    "asio",      "asio.hpp", "gtest",
-                          "gmock",    "benchmark", "windows.h", "boost",    "simdutf.h"};
+const Names kLibraries = {"yyjson.h", "sqlite3.h", "CLI",   "fmt",      "toml++",
+                          "nlohmann", "zlib.h",    "asio",  "asio.hpp", "gtest",
+                          "gmock",    "benchmark", "boost", "simdutf.h"};
 
 struct Include {
     std::string target;
@@ -174,6 +174,7 @@ TEST(Structure, PublicHeadersNeedTheStandardLibraryOnly) {
 }
 
 TEST(Structure, OnlyTextAndExportHeadersAskForThePlatform) {
+    const std::regex question("\\b_WIN32\\b");
     for (const fs::path& file : sourceFiles()) {
         const std::string name = file.filename().string();
         const std::string room = roomOf(file);
@@ -181,7 +182,19 @@ TEST(Structure, OnlyTextAndExportHeadersAskForThePlatform) {
         if (isPublic && (name == "text.h" || name == "export.h")) {
             continue;
         }
-        EXPECT_EQ(contentOf(kRoot / file).find("_WIN32"), std::string::npos) << file;
+        EXPECT_FALSE(std::regex_search(contentOf(kRoot / file), question)) << file;
+    }
+}
+
+TEST(Structure, OnlyFilesOfWindowsIncludeItsHeaders) {
+    const Names headers = {"windows.h", "io.h", "shellapi.h", "hstring.h", "inspectable.h"};
+    for (const fs::path& file : sourceFiles()) {
+        const bool isOfWindows = file.stem().string().ends_with("_windows") ||
+                                 file.parent_path().filename() == "windows";
+        for (const Include& include : includesOf(contentOf(kRoot / file))) {
+            EXPECT_TRUE(isOfWindows || !headers.contains(include.target))
+                << file << " includes " << include.target;
+        }
     }
 }
 
