@@ -82,7 +82,7 @@ void flushOutput(Console& console) {
         return;
     }
     const std::string reason =
-        errno == 0 ? std::string() : ": " + std::system_category().message(errno);
+        errno == 0 ? std::string() : ": " + std::generic_category().message(errno);
     throw Failure(ExitStatus::Failed, "cannot write to standard output" + reason);
 }
 

@@ -5,14 +5,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <system_error>
 #include <vector>
 
 #include "cli/failure.h"
+#include "cli/input_file.h"
 #include "cli/json_words.h"
 #include "orvel/analytics/text.h"
 
@@ -136,14 +134,14 @@ FileDataClass parseDataClass(std::string_view text, const std::string& path) {
 }
 
 FileDataClass readDataClassFile(const std::string& path) {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
+    InputFile file(path);
     std::string text(kLargestFile + 1, '\0');
-    file.read(text.data(), static_cast<std::streamsize>(text.size()));
-    if (!file.is_open() || file.bad()) {
-        fail(path, "cannot be read: " + std::system_category().message(errno));
+    try {
+        const auto size = file.sgetn(text.data(), static_cast<std::streamsize>(text.size()));
+        text.resize(static_cast<std::size_t>(size));
+    } catch (const std::system_error& failure) {
+        fail(path, "cannot be read: " + failure.code().message());
     }
-    text.resize(static_cast<std::size_t>(file.gcount()));
     if (text.size() > kLargestFile) {
         fail(path, "larger than 16 MiB, which no data class is");
     }

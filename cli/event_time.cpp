@@ -6,16 +6,16 @@
 #include <charconv>
 #include <chrono>
 #include <ctime>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 
 #include "cli/json_words.h"
+#include "cli/platform.h"
 
 namespace Orvel::Tool {
 
 namespace {
-
-constexpr std::int64_t kEndOfYear9999 = 253'402'300'799;
 
 struct Moment {
     int year = 0;
@@ -121,10 +121,18 @@ std::int64_t localToUtc(const Moment& moment) {
     return std::int64_t{std::mktime(&local)};
 }
 
+/// The end of the last year that the library can write.
+std::int64_t lastReportable() {
+    const std::chrono::sys_days next =
+        std::chrono::year(lastReportableYear() + 1) / std::chrono::January / 1;
+    return std::chrono::sys_seconds(next).time_since_epoch().count() - 1;
+}
+
 std::int64_t requireReportable(std::int64_t seconds) {
-    // Without a time after 1970-01-01 00:00 UTC the library gives an event an empty timestamp.
-    if (seconds < 1 || seconds > kEndOfYear9999) {
-        throw std::invalid_argument("the time does not lie between the years 1970 and 9999");
+    // A time that it cannot write becomes an empty timestamp in the library.
+    if (seconds < 1 || seconds > lastReportable()) {
+        throw std::invalid_argument(fmt::format(
+            "the time does not lie between the years 1970 and {}", lastReportableYear()));
     }
     return seconds;
 }
@@ -167,8 +175,9 @@ std::int64_t readEventTime(std::string_view event, const std::string& member) {
     if (value.is_string()) {
         return parseTime(value.get_ref<const std::string&>());
     }
-    if (value.is_number_unsigned() && value.get<std::uint64_t>() > kEndOfYear9999) {
-        return requireReportable(kEndOfYear9999 + 1);
+    constexpr auto kLargest = std::numeric_limits<std::int64_t>::max();
+    if (value.is_number_unsigned() && value.get<std::uint64_t>() > std::uint64_t{kLargest}) {
+        return requireReportable(kLargest);
     }
     if (value.is_number_integer()) {
         return requireReportable(value.get<std::int64_t>());

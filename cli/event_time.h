@@ -23,10 +23,10 @@ class MalformedEvent : public std::runtime_error {
 ///     seconds since 1970-01-01 00:00 UTC; or a text `YYYY-MM-DD HH:MM:SS`, with a blank or a "T"
 ///     in the middle, an optional fraction of a second (dropped), and "Z" or an offset such as
 ///     "+02:00". A text without an offset is the local time of the machine.
-/// @return seconds since 1970-01-01 00:00 UTC, from 1 to the end of the year 9999.
+/// @return seconds since 1970-01-01 00:00 UTC, from 1 to the end of the last year that the library
+///     can write on this platform.
 /// @throws MalformedEvent when the text is not a JSON object; std::invalid_argument, with the
-/// reason
-///     in words, when it holds no such time.
+///     reason in words, when it holds no such time.
 [[nodiscard]] std::int64_t readEventTime(std::string_view event, const std::string& member);
 
 /// The same for the text of a time.

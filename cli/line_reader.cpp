@@ -1,7 +1,5 @@
 #include "cli/line_reader.h"
 
-#include <istream>
-#include <streambuf>
 #include <system_error>
 
 namespace Orvel::Tool {
@@ -17,7 +15,7 @@ bool isBlank(const Line& line) {
 
 }  // namespace
 
-LineReader::LineReader(std::istream& in, std::size_t longest) : in_(in), longest_(longest) {}
+LineReader::LineReader(std::streambuf& in, std::size_t longest) : in_(in), longest_(longest) {}
 
 bool LineReader::next(Line& line) {
     do {
@@ -58,9 +56,8 @@ bool LineReader::readLine(Line& line) {
 }
 
 int LineReader::readByte() {
-    // The buffer is asked directly, because the stream's own operations hide why a read failed.
     try {
-        const int byte = in_.rdbuf()->sbumpc();
+        const int byte = in_.sbumpc();
         bytes_ += byte == kEnd ? 0 : 1;
         return byte;
     } catch (const std::system_error& failure) {

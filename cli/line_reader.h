@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <iosfwd>
+#include <streambuf>
 #include <string>
 
 /// @file
@@ -21,13 +21,13 @@ struct Line {
     bool tooLong = false;
 };
 
-/// Reads the lines of a stream that have something on them; a last line needs no line end. A line
+/// Reads the lines of a text that have something on them; a last line needs no line end. A line
 /// is handed on as soon as it has come, so that a pipe can be followed.
 class LineReader {
   public:
     /// @param in borrowed for the reader's life.
     /// @param longest the longest line that is kept, in bytes.
-    LineReader(std::istream& in, std::size_t longest);
+    LineReader(std::streambuf& in, std::size_t longest);
 
     /// Reads the next line that is not blank.
     /// @return false at the end of the text, or when reading failed.
@@ -43,7 +43,7 @@ class LineReader {
     bool readLine(Line& line);
     int readByte();
 
-    std::istream& in_;
+    std::streambuf& in_;
     std::size_t longest_;
     std::uint64_t number_ = 0;
     std::uint64_t bytes_ = 0;

@@ -2,6 +2,7 @@
 #include <iostream>
 
 #include "cli/console.h"
+#include "cli/input_file.h"
 #include "cli/platform.h"
 #include "cli/tool.h"
 
@@ -9,10 +10,12 @@ int main(int argc, char** argv) {
     using namespace Orvel::Tool;
 
     prepareStandardStreams();
-    // Standard input is then read in large pieces, and still handed on as it comes.
+    // Standard output is then written in large pieces.
     std::ios::sync_with_stdio(false);
-    Console console{std::cin,          std::cout,
-                    std::cerr,         standardErrorIsTerminal(),
-                    colourIsWelcome(), [] { return std::int64_t{std::time(nullptr)}; }};
-    return static_cast<int>(runTool(argc, argv, console));
+    InputFile input;
+    std::istream in(&input);
+    Console console{in, std::cout, std::cerr, standardErrorIsTerminal(), colourIsWelcome(), [] {
+                        return std::int64_t{std::time(nullptr)};
+                    }};
+    return static_cast<int>(runTool(commandLine(argc, argv), console));
 }

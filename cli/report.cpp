@@ -2,16 +2,15 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
+#include <istream>
+#include <optional>
 #include <ostream>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 #include "cli/data_class_file.h"
 #include "cli/event_time.h"
+#include "cli/input_file.h"
 #include "cli/line_reader.h"
 #include "cli/progress_line.h"
 #include "cli/report_summary.h"
@@ -38,30 +37,18 @@ Verdict verdictOnLine(AnalyticsResult result) {
 class EventSource {
   public:
     EventSource(const ReportOptions& options, Console& console) : console_(console) {
-        if (options.events == "-") {
-            return;
+        if (options.events != "-") {
+            file_.emplace(options.events);
         }
-        std::error_code ignored;  // A pipe has no size, and then no percentage is shown.
-        if (std::filesystem::is_directory(options.events, ignored)) {
-            throw Failure(ExitStatus::Usage, fmt::format("{}: is a folder", options.events));
-        }
-        errno = 0;
-        file_.open(options.events, std::ios::binary);
-        if (!file_) {
-            throw Failure(ExitStatus::Usage, fmt::format("{}: cannot be read: {}", options.events,
-                                                         std::system_category().message(errno)));
-        }
-        const std::uintmax_t size = std::filesystem::file_size(options.events, ignored);
-        size_ = ignored ? 0 : size;
     }
 
-    std::istream& stream() { return file_.is_open() ? file_ : console_.in; }
-    [[nodiscard]] std::uint64_t size() const { return size_; }
+    std::streambuf& bytes() { return file_ ? *file_ : *console_.in.rdbuf(); }
+    /// 0 when it is not known, and then no percentage is shown.
+    [[nodiscard]] std::uint64_t size() const { return file_ ? file_->size() : 0; }
 
   private:
     Console& console_;
-    std::ifstream file_;
-    std::uint64_t size_ = 0;
+    std::optional<InputFile> file_;
 };
 
 /// One run, from the registration to the last batch.
@@ -79,7 +66,7 @@ class Reporter {
     void run() {
         requireService();
         registerDataClass();
-        LineReader reader(source_.stream(), kLongestLine);
+        LineReader reader(source_.bytes(), kLongestLine);
         Line line;
         while (reader.next(line)) {
             ++summary_.lines;

@@ -2,9 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <string_view>
-
 #include "cli/failure.h"
+#include "cli/platform.h"
 #include "orvel/analytics/text.h"
 #include "orvel/relay/rpc_client.h"
 
@@ -16,7 +15,7 @@ namespace Status = Relay::Status;
 
 constexpr WideStringView kEndpoint = ORVEL_TEXT("OrvelAnalyticsRpcEndpoint");
 
-std::string_view words(std::int32_t status) {
+std::string words(std::int32_t status) {
     switch (status) {
         case Status::kSuccess:
             return "it can be reached";
@@ -25,8 +24,7 @@ std::string_view words(std::int32_t status) {
         case Status::kTimeout:
             return "it did not answer in time";
         case Status::kServerUnavailable:
-            return "nobody listens at its endpoint; is orvel-analyticsd running, and with the same "
-                   "ORVEL_RPC_DIRECTORY, if that is set?";
+            return fmt::format("nobody listens at its endpoint; {}", absentServiceHint());
         case Status::kConnectionLost:
             return "it closed the connection";
         case Status::kProtocolError:

@@ -36,16 +36,22 @@ ExitStatus answer(const CLI::App& app, const CLI::ParseError& outcome, Console& 
     return code == 0 ? ExitStatus::Success : ExitStatus::Usage;
 }
 
-ExitStatus parseAndRun(int argc, const char* const* argv, Console& console) {
+ExitStatus parseAndRun(const std::vector<std::string>& arguments, Console& console) {
     Action chosen;
     CLI::App app(kDescription, "orvel-analytics");
+    // The same command line means the same on every platform, and a path may begin with a slash.
+    app.allow_windows_style_options(false);
     app.set_version_flag("--version", "orvel-analytics " ORVEL_TOOL_VERSION, "Print the version");
     app.require_subcommand(1);
     addReportCommand(app, chosen);
     addConsentCommand(app, chosen);
     addDocumentsCommand(app, chosen);
     try {
-        app.parse(argc, argv);
+        std::vector<const char*> argv;
+        for (const std::string& argument : arguments) {
+            argv.push_back(argument.c_str());
+        }
+        app.parse(static_cast<int>(argv.size()), argv.data());
     } catch (const CLI::ParseError& outcome) {
         return answer(app, outcome, console);
     }
@@ -54,9 +60,9 @@ ExitStatus parseAndRun(int argc, const char* const* argv, Console& console) {
 
 }  // namespace
 
-ExitStatus runTool(int argc, const char* const* argv, Console& console) {
+ExitStatus runTool(const std::vector<std::string>& arguments, Console& console) {
     try {
-        return parseAndRun(argc, argv, console);
+        return parseAndRun(arguments, console);
     } catch (const Failure& failure) {
         console.err << "orvel-analytics: " << printable(failure.what()) << '\n';
         return failure.status();

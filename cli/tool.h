@@ -2,6 +2,8 @@
 #define ORVEL_CLI_TOOL_H
 
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "cli/console.h"
 #include "cli/failure.h"
@@ -16,7 +18,8 @@ using Action = std::function<ExitStatus(Console&)>;
 
 /// Reads the command line and runs its command. Every failure ends as a message on standard error
 /// and an exit status; nothing is thrown but what the streams themselves throw.
-ExitStatus runTool(int argc, const char* const* argv, Console& console);
+/// @param arguments the program's name and what follows it.
+ExitStatus runTool(const std::vector<std::string>& arguments, Console& console);
 
 }  // namespace Orvel::Tool
 

@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include <fstream>
+#include <cerrno>
+#include <ostream>
 #include <sstream>
+#include <streambuf>
 
 #include "cli/failure.h"
 
@@ -39,9 +41,20 @@ TEST(PrintableTest, BytesThatAreNoUtf8AreEscaped) {
     EXPECT_EQ(printable("\xC2"), "\\xc2");
 }
 
+/// What it is given cannot be stored.
+class FullDisk : public std::streambuf {
+  protected:
+    int_type overflow(int_type byte) override { return traits_type::not_eof(byte); }
+    int sync() override {
+        errno = ENOSPC;
+        return -1;
+    }
+};
+
 TEST(FlushOutputTest, SaysWhyNothingCanBeWritten) {
     std::istringstream in;
-    std::ofstream full("/dev/full");
+    FullDisk disk;
+    std::ostream full(&disk);
     std::ostringstream err;
     Console console{in, full, err, false, false, {}};
     full << "something";

@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "cli/failure.h"
+#include "cli/tool_fixture.h"
 #include "support/temporary_folder.h"
 
 namespace Orvel::Tool {
@@ -29,17 +30,17 @@ TEST(DataClassFileTest, HoldsTheMembersOfTheRegistration) {
               {"id":"b","name":"","nullable":"","type":"varchar(3)"}],
             "name":"名","id":"x"})json",
         "class.json");
-    EXPECT_EQ(dataClass.name, u"名");
-    EXPECT_EQ(dataClass.id, u"x");
-    EXPECT_EQ(dataClass.version, u"1.0");
+    EXPECT_EQ(dataClass.name, ORVEL_TEXT("名"));
+    EXPECT_EQ(dataClass.id, ORVEL_TEXT("x"));
+    EXPECT_EQ(dataClass.version, ORVEL_TEXT("1.0"));
     const auto fields = dataClass.getFields();
     ASSERT_EQ(fields.size(), 2U);
-    EXPECT_EQ(fields.front().id, u"a");
-    EXPECT_EQ(fields.front().name, u"A é");
-    EXPECT_EQ(fields.front().nullable, u"False");
-    EXPECT_EQ(fields.front().type, u"integer");
-    EXPECT_EQ(fields.back().id, u"b");
-    EXPECT_EQ(fields.back().nullable, u"");
+    EXPECT_EQ(fields.front().id, ORVEL_TEXT("a"));
+    EXPECT_EQ(fields.front().name, ORVEL_TEXT("A é"));
+    EXPECT_EQ(fields.front().nullable, ORVEL_TEXT("False"));
+    EXPECT_EQ(fields.front().type, ORVEL_TEXT("integer"));
+    EXPECT_EQ(fields.back().id, ORVEL_TEXT("b"));
+    EXPECT_EQ(fields.back().nullable, ORVEL_TEXT(""));
 }
 
 TEST(DataClassFileTest, MayHaveNoFields) {
@@ -116,25 +117,29 @@ TEST(DataClassFileTest, AFileThatCannotBeReadIsToldWithTheReason) {
             return caught.what();
         }
     };
-    EXPECT_THAT(failure((folder.path() / "none").string()), HasSubstr("No such file"));
-    EXPECT_THAT(failure(folder.path().string()), HasSubstr("Is a directory"));
+    EXPECT_THAT(failure(argumentFor(folder.path() / "none")), HasSubstr("No such file"));
+    EXPECT_THAT(failure(argumentFor(folder.path())), HasSubstr("is a folder"));
 }
 
-TEST(DataClassFileTest, AFileWithoutEndIsRefusedBeforeItFillsTheMemory) {
+TEST(DataClassFileTest, AFileBeyondTheLimitIsRefused) {
+    const Support::TemporaryFolder folder;
+    const auto path = folder.path() / "large.json";
+    std::ofstream(path).close();
+    std::filesystem::resize_file(path, (16U << 20) + 1);
     try {
-        static_cast<void>(readDataClassFile("/dev/zero"));
+        static_cast<void>(readDataClassFile(argumentFor(path)));
         FAIL() << "accepted";
     } catch (const Failure& failure) {
         EXPECT_THAT(failure.what(), HasSubstr("larger than 16 MiB"));
     }
 }
 
-TEST(DataClassFileTest, AFileIsReadWhole) {
+TEST(DataClassFileTest, AFileIsReadWholeWhateverItsName) {
     const Support::TemporaryFolder folder;
-    const std::string path = (folder.path() / "class.json").string();
+    const auto path = folder.path() / std::filesystem::path(u8"cl\u00E9 \u6F22.json");
     std::ofstream(path) << "\xEF\xBB\xBF"
                         << R"({"name":"n","id":"x","version":"1","fields":[]})" << '\n';
-    EXPECT_EQ(readDataClassFile(path).id, u"x");
+    EXPECT_EQ(readDataClassFile(argumentFor(path)).id, ORVEL_TEXT("x"));
 }
 
 }  // namespace

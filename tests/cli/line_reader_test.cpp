@@ -19,7 +19,7 @@ using testing::Pair;
 std::vector<std::pair<std::uint64_t, std::string>> readAll(const std::string& text,
                                                            std::size_t longest = 100) {
     std::istringstream in(text);
-    LineReader reader(in, longest);
+    LineReader reader(*in.rdbuf(), longest);
     std::vector<std::pair<std::uint64_t, std::string>> lines;
     for (Line line; reader.next(line);) {
         lines.emplace_back(line.number, line.tooLong ? "too long" : line.text);
@@ -75,7 +75,7 @@ class FailingBuffer : public std::streambuf {
 
   protected:
     int_type underflow() override {
-        throw std::system_error(EIO, std::system_category(), "reading");
+        throw std::system_error(EIO, std::generic_category(), "reading");
     }
 
   private:
@@ -84,13 +84,12 @@ class FailingBuffer : public std::streambuf {
 
 TEST(LineReaderTest, AFailureEndsTheLinesAndIsNotTakenForTheEndOfALine) {
     FailingBuffer buffer("whole\nhal");
-    std::istream in(&buffer);
-    LineReader reader(in, 100);
+    LineReader reader(buffer, 100);
     Line line;
     ASSERT_TRUE(reader.next(line));
     EXPECT_EQ(line.text, "whole");
     EXPECT_FALSE(reader.next(line));
-    EXPECT_EQ(reader.error(), std::system_category().message(EIO));
+    EXPECT_EQ(reader.error(), std::generic_category().message(EIO));
 }
 
 }  // namespace

@@ -10,15 +10,11 @@ namespace Orvel::Tool {
 
 ToolRun ToolTest::run(std::vector<std::string> arguments, const std::string& input) {
     arguments.insert(arguments.begin(), "orvel-analytics");
-    std::vector<const char*> argv;
-    for (const std::string& argument : arguments) {
-        argv.push_back(argument.c_str());
-    }
     std::istringstream in(input);
     std::ostringstream out;
     std::ostringstream err;
     Console console{in, out, err, terminal, false, [] { return kNow; }};
-    const ExitStatus status = runTool(static_cast<int>(argv.size()), argv.data(), console);
+    const ExitStatus status = runTool(arguments, console);
     return {static_cast<int>(status), out.str(), err.str()};
 }
 
@@ -37,7 +33,12 @@ ToolRun ToolTest::runReport(const std::vector<std::string>& arguments, const std
 std::string ToolTest::write(const std::string& name, std::string_view content) {
     const auto path = folder.path() / name;
     std::ofstream(path, std::ios::binary) << content;
-    return path.string();
+    return argumentFor(path);
+}
+
+std::string argumentFor(const std::filesystem::path& path) {
+    const auto text = path.u8string();
+    return {text.begin(), text.end()};
 }
 
 std::vector<std::string> ToolTest::commandsWith(std::string_view token) const {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,9 @@ struct ToolRun {
     std::string err;
 };
 
+/// The argument that names a file.
+std::string argumentFor(const std::filesystem::path& path);
+
 /// Runs the tool inside the test, against a scripted RPC client.
 class ToolTest : public testing::Test {
   protected:
@@ -35,7 +39,7 @@ class ToolTest : public testing::Test {
     std::string write(const std::string& name, std::string_view content);
 
     /// The path of a file that does not exist.
-    std::string missing() const { return (folder.path() / "missing").string(); }
+    std::string missing() const { return argumentFor(folder.path() / "missing"); }
 
     /// The commands that arrived and hold this token, in UTF-8.
     std::vector<std::string> commandsWith(std::string_view token) const;
@@ -53,8 +57,7 @@ class ToolTest : public testing::Test {
 inline constexpr std::string_view kDataClass = R"json({
   "name": "Some class", "id": "cls", "version": "1.2",
   "fields": [
-    {"id": "text", "name": "Text", "nullable": "true", "type": "varchar(5)"
-},
+    {"id": "text", "name": "Text", "nullable": "true", "type": "varchar(5)"},
     {"id": "count", "name": "Count", "nullable": "true", "type": "integer"}
   ]
 })json";

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <regex>
+
 #include "cli/tool_fixture.h"
 
 namespace Orvel::Tool {
@@ -63,7 +65,8 @@ TEST_F(ToolTest, HelpOfEveryConsentCommandBeginsWithAnExampleAndNamesItsOptions)
 TEST_F(ToolTest, VersionNamesTheToolAndItsVersion) {
     const ToolRun result = run({"--version"});
     EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.out, testing::MatchesRegex("orvel-analytics [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    const std::regex form("orvel-analytics [0-9]+\\.[0-9]+\\.[0-9]+\n");
+    EXPECT_TRUE(std::regex_match(result.out, form)) << result.out;
 }
 
 struct WrongUsage {

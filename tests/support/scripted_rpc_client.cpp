@@ -57,9 +57,9 @@ class ScriptedClient final : public Relay::Client::Core::RpcClient {
 
 }  // namespace
 
-RpcScript::RpcScript() { current = this; }
+RpcScript::RpcScript() : previous_(current) { current = this; }
 
-RpcScript::~RpcScript() { current = nullptr; }
+RpcScript::~RpcScript() { current = previous_; }
 
 }  // namespace Orvel::TestSupport
 

@@ -26,7 +26,7 @@ struct Executed {
 
 /// What the clients of this process answer, and what became of them. One for each test.
 struct ORVEL_RELAY_EXPORT RpcScript {
-    /// The script in force is the one made last.
+    /// The script in force is the one made last of those that are still there.
     RpcScript();
     RpcScript(const RpcScript&) = delete;
     RpcScript& operator=(const RpcScript&) = delete;
@@ -48,6 +48,9 @@ struct ORVEL_RELAY_EXPORT RpcScript {
     std::vector<Executed> executed;
     int closed = 0;
     int clientsAlive = 0;
+
+  private:
+    RpcScript* const previous_;
 };
 
 }  // namespace Orvel::TestSupport

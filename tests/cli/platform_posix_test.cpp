@@ -1,5 +1,3 @@
-#include "cli/platform.h"
-
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -7,6 +5,8 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+
+#include "cli/platform.h"
 
 namespace Orvel::Tool {
 namespace {
