@@ -23,7 +23,7 @@ makeArm64Root() {
     local apt=$windowsCache/arm64-apt folder package
     rm -rf "$apt"
     foreignApt "$apt" deb arm64
-    APT_CONFIG=$apt/apt.conf apt-get -qq install --download-only --yes wine64 bash coreutils dash \
+    APT_CONFIG=$apt/apt.conf apt-get -qq install --download-only --yes wine64 bash coreutils dash libc-bin \
         >"$apt/log" 2>&1 || {
         tail -n 5 "$apt/log" >&2
         return 1

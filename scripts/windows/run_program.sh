@@ -11,6 +11,9 @@ shift
 # No dialogue windows, no .NET, no HTML; messages of wine itself are nobody's business.
 export WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
 
+# The names of files are UTF-8.
+export LC_ALL=C.UTF-8
+
 # A program that qemu cannot run may never end.
 limit=${ORVEL_PROGRAM_LIMIT:-110}
 
