@@ -22,6 +22,8 @@ namespace Orvel::Tool {
 
 namespace {
 
+constexpr std::size_t kBufferSize = std::size_t{64} << 10;
+
 /// How the tool found what it has changed of the console.
 std::optional<UINT> codePageFound;
 std::optional<DWORD> modeFound;
@@ -96,6 +98,8 @@ void prepareStandardStreams() {
         if (descriptor >= 0) {
             static_cast<void>(::_setmode(descriptor, _O_BINARY));
         }
+        // Without a buffer, as a console has none, the bytes of one character may come one by one.
+        static_cast<void>(std::setvbuf(stream, nullptr, _IOFBF, kBufferSize));
     }
     prepareConsole();
 }
