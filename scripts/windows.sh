@@ -119,6 +119,9 @@ printRegistration() {
     local library="Z:${1//\//\\}" class
     printf 'Windows Registry Editor Version 5.00\r\n\r\n'
     printf '[HKEY_CURRENT_USER\\Software\\Wine]\r\n"Version"="win10"\r\n\r\n'
+    # One test program is about a system without the runtime.
+    printf '[HKEY_CURRENT_USER\\Software\\Wine\\AppDefaults\\missing_runtime_tests.exe\\DllOverrides]\r\n'
+    printf '"combase"=""\r\n\r\n'
     for class in "${runtimeClasses[@]}"; do
         printf '[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\WindowsRuntime\\ActivatableClassId\\%s]\r\n' \
             "$class"
