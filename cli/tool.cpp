@@ -48,6 +48,7 @@ ExitStatus parseAndRun(const std::vector<std::string>& arguments, Console& conso
     addDocumentsCommand(app, chosen);
     try {
         std::vector<const char*> argv;
+        argv.reserve(arguments.size());
         for (const std::string& argument : arguments) {
             argv.push_back(argument.c_str());
         }

@@ -43,8 +43,10 @@ TEST(LibraryValues, AFieldIsCopiedAndMoved) {
         EXPECT_EQ(each.nullable, ORVEL_TEXT("false"));
         EXPECT_EQ(each.auxValue, 7);
     }
+    // NOLINTBEGIN(bugprone-use-after-move): it is promised that they are empty then.
     EXPECT_TRUE(original.id.empty());
     EXPECT_TRUE(copy.id.empty());
+    // NOLINTEND(bugprone-use-after-move)
 }
 
 TEST(LibraryValues, ADataClassIsCopiedAndMoved) {
@@ -68,7 +70,7 @@ TEST(LibraryValues, AnIdentityIsCopiedAndMoved) {
     EXPECT_EQ(copy.appName, kLong);
     EXPECT_EQ(moved.appName, kLong);
     EXPECT_EQ(moved.startTime, 5);
-    EXPECT_TRUE(original.appName.empty());
+    EXPECT_TRUE(original.appName.empty());  // NOLINT(bugprone-use-after-move): as promised.
 }
 
 TEST(LibraryValues, AConsentRecordIsReadFromItsDocument) {

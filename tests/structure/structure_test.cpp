@@ -100,7 +100,7 @@ bool isForWindows(const fs::path& file) {
 
 /// The room that a file, named from the root, stands in.
 std::string roomOf(const fs::path& file) {
-    const std::string first = file.begin()->string();
+    std::string first = file.begin()->string();
     if (file.parent_path() == "relay/include/orvel/relay") {
         return relayInterface(file.filename().string());
     }
