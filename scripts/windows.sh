@@ -12,6 +12,8 @@ source scripts/windows/arm64_root.sh
 releaseForWindows=trixie
 windowsCache=${XDG_CACHE_HOME:-$HOME/.cache}/orvel-analytics
 winePackages=(wine wine64)
+# The exit status that says that the machine allows no run.
+refused=125
 
 # The platform's classes that the stand-in runtime answers for.
 runtimeClasses=(
@@ -82,37 +84,44 @@ runWindowsProgram() { "$root/scripts/windows/run_program.sh" "$@"; }
 
 # Sets up a Windows in which the stand-in runtime answers for the platform's classes.
 prepareWindows() {
-    local architecture=$1 status=0 folder
+    local architecture=$1 status=0 owner=() folder
     folder=$root/build/windows-$architecture-double
     export WINEPREFIX=$root/build/windows-$architecture-prefix
-    [ "$architecture" = x64 ] || requireArm64Root
     say "Preparing wine for $architecture"
+    if [ "$architecture" = arm64 ]; then
+        requireArm64Root
+        tryArm64 || return
+        [ -z "$skipped" ] || return 0
+        # wine uses no folder of another user, and there it is root's.
+        owner=(asRoot)
+    fi
     if [ ! -e "$WINEPREFIX/complete" ]; then
-        mkdir -p "$WINEPREFIX"
+        "${owner[@]}" mkdir -p "$WINEPREFIX"
         runWindowsProgram "$architecture" wineboot.exe --init >"$folder/wine.log" 2>&1 || status=$?
-        if [ "$status" -eq 125 ]; then
-            skipped=$(tail -n 1 "$folder/wine.log")
-            return 0
-        fi
     fi
     printRegistration "$folder/bin/stand-in-runtime.dll" >"$folder/registration.reg"
-    [ "$status" -eq 0 ] &&
-        runWindowsProgram "$architecture" regedit.exe /S "Z:${folder//\//\\}\\registration.reg" \
-            >>"$folder/wine.log" 2>&1 || {
+    if [ "$status" -ne 0 ] ||
+        ! runWindowsProgram "$architecture" regedit.exe /S \
+            "Z:${folder//\//\\}\\registration.reg" >>"$folder/wine.log" 2>&1; then
         tail -n 5 "$folder/wine.log" >&2
         printf 'dev: wine could not be set up for %s\n' "$architecture" >&2
         return 1
-    }
-    [ -e "$WINEPREFIX/complete" ] || asOwner touch "$WINEPREFIX/complete"
+    fi
+    "${owner[@]}" touch "$WINEPREFIX/complete"
 }
 
-# What was made by root in the ARM64 system is root's.
-asOwner() {
-    if [ -w "$WINEPREFIX" ]; then
-        "$@"
-    else
-        asRoot "$@"
-    fi
+# Sets `skipped` to the reason why this machine cannot run programs in the ARM64 system.
+tryArm64() {
+    local answer status=0
+    answer=$(asRoot unshare --mount true 2>&1) || status=$refused
+    [ "$status" -ne 0 ] || answer=$(runWindowsProgram arm64 --version 2>&1) || status=$?
+    [ "$status" -ne 0 ] || return 0
+    [ "$status" -ne "$refused" ] || {
+        skipped=$(tail -n 1 <<<"$answer")
+        return 0
+    }
+    printf '%s\ndev: wine does not start in the ARM64 system\n' "$answer" >&2
+    return 1
 }
 
 printRegistration() {
