@@ -60,8 +60,8 @@ class ObjectView {
     explicit ObjectView(const Value& object) : object_(object) {}
 
     Value object_;
-    // Where the backend found the last member it looked for: the next one is often behind it.
-    mutable void* found_ = nullptr;
+    // Where a backend that walks found the last member: the next one is often behind it.
+    [[maybe_unused]] mutable void* found_ = nullptr;
 };
 
 /// A JSON object. Its members keep the order in which they came.

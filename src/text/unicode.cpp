@@ -17,10 +17,6 @@ constexpr bool isLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit < 0
 
 constexpr char byteOf(char32_t bits) { return static_cast<char>(static_cast<unsigned char>(bits)); }
 
-constexpr WideChar unitOf(char byte) {
-    return static_cast<WideChar>(static_cast<unsigned char>(byte));
-}
-
 /// Where a block is not ASCII, blocks are not tried again before so many units or bytes were taken
 /// one by one.
 constexpr size_t kPause = 32;
