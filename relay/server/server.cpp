@@ -13,18 +13,20 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <exception>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
-#include <unordered_set>
 #include <utility>
 
 #include "orvel/relay/rpc_client.h"
+#include "relay/server/alarm.h"
 #include "relay/server/descriptor.h"
 #include "relay/server/listening_socket.h"
 #include "relay/server/session.h"
+#include "relay/server/workers.h"
 #include "relay/wire/endpoint.h"
 #include "relay/wire/frame.h"
 
@@ -59,13 +61,13 @@ void refuse(const Descriptor& client, std::int32_t status) {
 
 }  // namespace
 
+// The thread that runs the server admits clients and keeps the time; all else is the workers'.
 class Server::Impl {
   public:
     Impl(const std::filesystem::path& path, ConversationFactory factory, const Options& options)
-        : factory_(std::move(factory)),
-          options_(checked(options)),
-          listening_(path, options_.socketMode),
-          acceptor_(io_, Protocol(), listening_.release()) {}
+        : listening_(path, checked(options).socketMode),
+          acceptor_(io_, Protocol(), listening_.release()),
+          service_{std::move(factory), options, alarm_} {}
 
     void run();
     void stop();
@@ -74,31 +76,31 @@ class Server::Impl {
   private:
     asio::awaitable<void> acceptClients();
     void admit(Descriptor client);
-    void serve(Descriptor client);
+    void lookAtSessions();
     void beginToStop();
+    void endWhenStopped();
 
-    ConversationFactory factory_;
-    Options options_;
     ListeningSocket listening_;
     asio::io_context io_{1};
     Protocol::acceptor acceptor_;
     asio::steady_timer pause_{io_};
     asio::signal_set signals_{io_};
-    std::optional<Service> service_;
-    std::unordered_set<std::shared_ptr<Session>> sessions_;
-    bool stopping_ = false;
+    Alarm alarm_{io_, [this] { lookAtSessions(); }};
+    Service service_;
+    std::atomic<bool> stopping_ = false;
+    std::optional<Workers> workers_;
 };
 
 void Server::Impl::run() {
-    asio::thread_pool workers(options_.workers);
-    service_.emplace(Service{factory_, options_, workers});
+    workers_.emplace(service_.options.workers, service_.options.connections,
+                     [this] { endWhenStopped(); });
     asio::co_spawn(io_, acceptClients(), [](const std::exception_ptr& failure) {
         if (failure) {
             std::rethrow_exception(failure);
         }
     });
     io_.run();
-    workers.join();
+    workers_.reset();
 }
 
 void Server::Impl::stop() {
@@ -115,7 +117,6 @@ void Server::Impl::stopOnSignals() {
     });
 }
 
-// The loop of `run` ends by itself when nothing is left to wait for.
 void Server::Impl::beginToStop() {
     stopping_ = true;
     std::error_code ignored;
@@ -123,9 +124,22 @@ void Server::Impl::beginToStop() {
     listening_.removeFile();
     pause_.cancel();
     signals_.cancel(ignored);
-    for (const std::shared_ptr<Session>& session : sessions_) {
-        session->stop();
+    workers_->forEach([](Session& session) { session.stop(); });
+    if (workers_->sessions() == 0) {
+        endWhenStopped();
     }
+}
+
+// Called when there are no sessions, by whichever thread ended the last one.
+void Server::Impl::endWhenStopped() {
+    if (stopping_) {
+        io_.stop();
+    }
+}
+
+void Server::Impl::lookAtSessions() {
+    const auto now = Alarm::Clock::now();
+    workers_->forEach([now](Session& session) { session.look(now); });
 }
 
 asio::awaitable<void> Server::Impl::acceptClients() {
@@ -149,28 +163,16 @@ asio::awaitable<void> Server::Impl::acceptClients() {
 }
 
 void Server::Impl::admit(Descriptor client) {
-    if (sessions_.size() >= options_.connections) {
+    if (workers_->sessions() >= service_.options.connections) {
         refuse(client, Status::kServerTooBusy);
         return;
     }
     try {
-        serve(std::move(client));
+        workers_->add(std::make_shared<Session>(std::move(client), service_));
     } catch (const std::exception&) {
-        // No memory or descriptor for this client: it finds its connection closed, and the others
-        // are none the worse.
+        // No memory for this client: it finds its connection closed, and the others are none the
+        // worse.
     }
-}
-
-void Server::Impl::serve(Descriptor client) {
-    Protocol::socket socket(io_);
-    socket.assign(Protocol(), client.get());
-    client.release();
-    const auto session = std::make_shared<Session>(std::move(socket), *service_);
-    sessions_.insert(session);
-    asio::co_spawn(io_, session->run(), [this, session](const std::exception_ptr&) {
-        // Whatever a conversation threw ends with its connection.
-        sessions_.erase(session);
-    });
 }
 
 Server::Server(const std::filesystem::path& socket, ConversationFactory factory, Options options)
