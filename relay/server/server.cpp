@@ -1,14 +1,10 @@
 #include "orvel/relay/server.h"
 
-#include <asio/co_spawn.hpp>
+#include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
-#include <asio/local/stream_protocol.hpp>
 #include <asio/post.hpp>
-#include <asio/redirect_error.hpp>
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
-#include <asio/thread_pool.hpp>
-#include <asio/use_awaitable.hpp>
 #include <errno.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -32,8 +28,6 @@
 
 namespace Orvel::Relay::Server {
 namespace {
-
-using Protocol = asio::local::stream_protocol;
 
 // Descriptors come back when connections end: until then there is no use in trying.
 constexpr std::chrono::milliseconds kPauseWithoutDescriptors{100};
@@ -66,7 +60,7 @@ class Server::Impl {
   public:
     Impl(const std::filesystem::path& path, ConversationFactory factory, const Options& options)
         : listening_(path, checked(options).socketMode),
-          acceptor_(io_, Protocol(), listening_.release()),
+          door_(listening_.release()),
           service_{std::move(factory), options, alarm_} {}
 
     void run();
@@ -74,15 +68,16 @@ class Server::Impl {
     void stopOnSignals();
 
   private:
-    asio::awaitable<void> acceptClients();
+    void takeClientIn();
     void admit(Descriptor client);
+    void watchDoorLater();
     void lookAtSessions();
     void beginToStop();
     void endWhenStopped();
 
     ListeningSocket listening_;
     asio::io_context io_{1};
-    Protocol::acceptor acceptor_;
+    Descriptor door_;
     asio::steady_timer pause_{io_};
     asio::signal_set signals_{io_};
     Alarm alarm_{io_, [this] { lookAtSessions(); }};
@@ -93,12 +88,9 @@ class Server::Impl {
 
 void Server::Impl::run() {
     workers_.emplace(service_.options.workers, service_.options.connections,
-                     [this] { endWhenStopped(); });
-    asio::co_spawn(io_, acceptClients(), [](const std::exception_ptr& failure) {
-        if (failure) {
-            std::rethrow_exception(failure);
-        }
-    });
+                     Workers::Events{[this] { takeClientIn(); }, [this] { endWhenStopped(); }});
+    workers_->watch(door_.get());
+    const auto untilStopped = asio::make_work_guard(io_);
     io_.run();
     workers_.reset();
 }
@@ -119,9 +111,10 @@ void Server::Impl::stopOnSignals() {
 
 void Server::Impl::beginToStop() {
     stopping_ = true;
-    std::error_code ignored;
-    acceptor_.close(ignored);
     listening_.removeFile();
+    // Whoever has come and not been taken in is turned away by the thread that this wakes.
+    ::shutdown(door_.get(), SHUT_RDWR);
+    std::error_code ignored;
     pause_.cancel();
     signals_.cancel(ignored);
     workers_->forEach([](Session& session) { session.stop(); });
@@ -142,24 +135,34 @@ void Server::Impl::lookAtSessions() {
     workers_->forEach([now](Session& session) { session.look(now); });
 }
 
-asio::awaitable<void> Server::Impl::acceptClients() {
-    while (!stopping_) {
-        std::error_code error;
-        co_await acceptor_.async_wait(Protocol::acceptor::wait_read,
-                                      asio::redirect_error(asio::use_awaitable, error));
-        while (!stopping_) {
-            Descriptor client(::accept4(acceptor_.native_handle(), nullptr, nullptr,
-                                        SOCK_CLOEXEC | SOCK_NONBLOCK));
-            if (client.get() >= 0) {
-                admit(std::move(client));
-            } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
-                pause_.expires_after(kPauseWithoutDescriptors);
-                co_await pause_.async_wait(asio::redirect_error(asio::use_awaitable, error));
-            } else if (errno != EINTR && errno != ECONNABORTED) {
-                break;
-            }
-        }
+// On a worker. The door is watched again before the client is served, so that it keeps nobody else
+// waiting.
+void Server::Impl::takeClientIn() {
+    Descriptor client(::accept4(door_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    const int error = errno;
+    if (client.get() < 0 && stopping_) {
+        return;
     }
+    if (client.get() < 0 &&
+        (error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM)) {
+        watchDoorLater();
+        return;
+    }
+    workers_->watch(door_.get());
+    if (client.get() >= 0 && !stopping_) {
+        admit(std::move(client));
+    }
+}
+
+void Server::Impl::watchDoorLater() {
+    asio::post(io_, [this] {
+        pause_.expires_after(kPauseWithoutDescriptors);
+        pause_.async_wait([this](std::error_code error) {
+            if (!error) {
+                workers_->watch(door_.get());
+            }
+        });
+    });
 }
 
 void Server::Impl::admit(Descriptor client) {
@@ -168,7 +171,7 @@ void Server::Impl::admit(Descriptor client) {
         return;
     }
     try {
-        workers_->add(std::make_shared<Session>(std::move(client), service_));
+        workers_->serve(std::move(client), service_);
     } catch (const std::exception&) {
         // No memory for this client: it finds its connection closed, and the others are none the
         // worse.

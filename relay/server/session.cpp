@@ -5,6 +5,7 @@
 #include <sys/uio.h>
 
 #include <algorithm>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -20,6 +21,18 @@ using Clock = Alarm::Clock;
 
 // After that much, a client that sends without a pause lets others take their turn.
 constexpr std::size_t kMostAtATime = std::size_t{4} * 1024 * 1024;
+
+// How long a thread waits for a client that has just been heard. Whoever has more to say says it
+// within less; whoever has not costs the thread no more than this.
+constexpr std::chrono::microseconds kMoment{200};
+
+void setWait(int socket, std::chrono::microseconds wait) {
+    timeval time{};
+    time.tv_usec = wait.count();
+    if (::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time) != 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot limit a wait");
+    }
+}
 
 Peer peerOf(int socket) {
     ucred credentials{};
@@ -49,6 +62,7 @@ bool takesAWait(int error) { return error == EAGAIN || error == EWOULDBLOCK || e
 
 Session::Session(Descriptor socket, const Service& service)
     : socket_(std::move(socket)), service_(service) {
+    setWait(socket_.get(), kMoment);
     expectFrame(service_.options.frameDeadline);
 }
 
@@ -56,6 +70,20 @@ Session::Next Session::advance() {
     const std::lock_guard lock(mutex_);
     drained_ = false;
     return proceed();
+}
+
+// Nobody else touches what is being received, so the lock can wait.
+bool Session::linger() {
+    try {
+        const std::span<std::byte> to = room();
+        const ssize_t result = ::recv(socket_.get(), to.data(), to.size(), 0);
+        const std::lock_guard lock(mutex_);
+        return received(to.size(), result) > 0 || over_;
+    } catch (const std::bad_alloc&) {
+        const std::lock_guard lock(mutex_);
+        over_ = true;
+        return true;
+    }
 }
 
 Session::Next Session::execute() {
@@ -237,7 +265,11 @@ std::span<const std::byte> Session::unread() const {
 
 std::size_t Session::receive() {
     const std::span<std::byte> to = room();
-    const ssize_t result = ::recv(socket_.get(), to.data(), to.size(), MSG_DONTWAIT);
+    return received(to.size(), ::recv(socket_.get(), to.data(), to.size(), MSG_DONTWAIT));
+}
+
+// What came of an attempt to receive.
+std::size_t Session::received(std::size_t wanted, std::ptrdiff_t result) {
     if (result < 0 && takesAWait(errno)) {
         drained_ = true;
         return 0;
@@ -247,7 +279,7 @@ std::size_t Session::receive() {
         return 0;
     }
     const auto count = static_cast<std::size_t>(result);
-    drained_ = count < to.size();
+    drained_ = count < wanted;
     const TimePoint now = Clock::now();
     if (stage_ == Stage::kHeader) {
         if (filled_ == 0) {

@@ -26,8 +26,8 @@ struct Service {
     Alarm& alarm;
 };
 
-/// One connection. `advance` and `execute` are called by one thread at a time, the others by any.
-/// Only `execute` blocks.
+/// One connection. `advance`, `linger` and `execute` are called by one thread at a time, the others
+/// by any.
 class Session {
   public:
     using TimePoint = Alarm::TimePoint;
@@ -40,7 +40,6 @@ class Session {
         kEnd,        ///< nothing: the connection is over
     };
 
-    /// @param socket a connected one that does not block.
     Session(Descriptor socket, const Service& service);
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -49,6 +48,10 @@ class Session {
 
     /// Talks with the client as far as that goes without waiting.
     Next advance();
+
+    /// Waits a moment for something to receive. To be called when that is needed.
+    /// @return false when nothing came.
+    bool linger();
 
     /// Executes the command that has arrived, answers it, and goes on as `advance` does.
     Next execute();
@@ -67,6 +70,7 @@ class Session {
 
     Next proceed();
     std::size_t receive();
+    std::size_t received(std::size_t wanted, std::ptrdiff_t result);
     std::span<std::byte> room();
     std::span<const std::byte> unread() const;
     bool understand();

@@ -18,17 +18,22 @@ Descriptor checked(int descriptor, const char* what) {
     return Descriptor(descriptor);
 }
 
+bool await(int poll, int operation, int descriptor, std::uint32_t events, void* whose) {
+    epoll_event awaited{};
+    awaited.events = events;
+    awaited.data.ptr = whose;
+    return ::epoll_ctl(poll, operation, descriptor, &awaited) == 0;
+}
+
 }  // namespace
 
-Workers::Workers(std::size_t executing, std::size_t sessions, std::function<void()> ended)
+Workers::Workers(std::size_t executing, std::size_t sessions, Events events)
     : mostExecuting_(executing),
-      ended_(std::move(ended)),
+      events_(std::move(events)),
       poll_(checked(::epoll_create1(EPOLL_CLOEXEC), "cannot wait for clients")),
       finishing_(checked(::eventfd(0, EFD_CLOEXEC), "cannot wait for the end")) {
     queue_.reserve(sessions);
-    epoll_event end{};
-    end.events = EPOLLIN;
-    if (::epoll_ctl(poll_.get(), EPOLL_CTL_ADD, finishing_.get(), &end) != 0) {
+    if (!await(poll_.get(), EPOLL_CTL_ADD, finishing_.get(), EPOLLIN, nullptr)) {
         throw std::system_error(errno, std::generic_category(), "cannot wait for the end");
     }
     try {
@@ -51,24 +56,34 @@ void Workers::finish() noexcept {
     }
 }
 
-void Workers::add(std::shared_ptr<Session> session) {
-    Session& added = *session;
-    {
-        const std::lock_guard lock(sessionsMutex_);
-        sessions_.emplace(&added, std::move(session));
+// One client wakes one thread, which takes it in before the next one is waited for.
+void Workers::watch(int door) {
+    const int operation = std::exchange(doorWatched_, true) ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
+    if (!await(poll_.get(), operation, door, EPOLLIN | EPOLLONESHOT, this)) {
+        throw std::system_error(errno, std::generic_category(), "cannot wait for clients");
     }
-    settle(added, added.advance(), EPOLL_CTL_ADD);
+}
+
+void Workers::serve(Descriptor socket, const Service& service) {
+    std::list<Client> added;
+    Client& client = added.emplace_back(std::move(socket), service);
+    client.place = added.begin();
+    {
+        const std::lock_guard lock(clientsMutex_);
+        clients_.splice(clients_.end(), added);
+    }
+    serve(client, client.session.advance());
 }
 
 std::size_t Workers::sessions() const {
-    const std::lock_guard lock(sessionsMutex_);
-    return sessions_.size();
+    const std::lock_guard lock(clientsMutex_);
+    return clients_.size();
 }
 
-void Workers::forEach(const std::function<void(Session&)>& visit) const {
-    const std::lock_guard lock(sessionsMutex_);
-    for (const auto& entry : sessions_) {
-        visit(*entry.second);
+void Workers::forEach(const std::function<void(Session&)>& visit) {
+    const std::lock_guard lock(clientsMutex_);
+    for (Client& client : clients_) {
+        visit(client.session);
     }
 }
 
@@ -81,74 +96,101 @@ void Workers::work() {
         if (event.data.ptr == nullptr) {
             return;
         }
-        Session& session = *static_cast<Session*>(event.data.ptr);
-        const Session::Next next = session.advance();
+        if (event.data.ptr == this) {
+            events_.knock();
+        } else {
+            Client& client = *static_cast<Client*>(event.data.ptr);
+            serve(client, client.session.advance());
+        }
+    }
+}
+
+// Goes on with the commands that had to wait meanwhile.
+void Workers::serve(Client& client, Session::Next next) {
+    if (!begin(client, next)) {
+        return;
+    }
+    for (Client* served = &client; served != nullptr; served = nextInTurn()) {
+        putOff(*served, talk(served->session, next));
+        next = Session::Next::kExecution;
+    }
+}
+
+// Goes on until the session takes a longer wait, or others have waited long enough.
+Session::Next Workers::talk(Session& session, Session::Next next) {
+    for (;;) {
         if (next == Session::Next::kExecution) {
-            execute(&session);
+            next = session.execute();
+        } else if (next == Session::Next::kInput && session.linger()) {
+            next = session.advance();
         } else {
-            settle(session, next, EPOLL_CTL_MOD);
+            return next;
+        }
+        const std::lock_guard lock(turnsMutex_);
+        if (!queue_.empty()) {
+            return next;
         }
     }
 }
 
-// Goes on with the commands that had to wait.
-void Workers::execute(Session* session) {
-    {
-        const std::lock_guard lock(queueMutex_);
-        if (executing_ == mostExecuting_) {
-            queue_.push_back(session);
-            return;
+// Whether this thread may engage itself for a client; otherwise the client is put off.
+bool Workers::begin(Client& client, Session::Next next) {
+    if (next == Session::Next::kInput || next == Session::Next::kExecution) {
+        const std::lock_guard lock(turnsMutex_);
+        if (engaged_ < mostExecuting_) {
+            ++engaged_;
+            return true;
         }
-        ++executing_;
-    }
-    while (session != nullptr) {
-        const Session::Next next = session->execute();
-        if (next != Session::Next::kExecution) {
-            settle(*session, next, EPOLL_CTL_MOD);
-            session = nullptr;
-        }
-        const std::lock_guard lock(queueMutex_);
-        if (session != nullptr) {
-            queue_.push_back(session);
-        }
-        if (queue_.empty()) {
-            --executing_;
-            session = nullptr;
-        } else {
-            session = queue_.front();
-            queue_.erase(queue_.begin());
+        if (next == Session::Next::kExecution) {
+            queue_.push_back(&client);
+            return false;
         }
     }
+    putOff(client, next);
+    return false;
 }
 
-// One event wakes one thread, which then has the session for itself: the session must not be
-// touched once it is waited for again. A command that is ready before its session is waited for at
-// all is left to the thread that the wait for output wakes at once.
-void Workers::settle(Session& session, Session::Next next, int operation) {
+Workers::Client* Workers::nextInTurn() {
+    const std::lock_guard lock(turnsMutex_);
+    if (queue_.empty()) {
+        --engaged_;
+        return nullptr;
+    }
+    Client* const next = queue_.front();
+    queue_.erase(queue_.begin());
+    return next;
+}
+
+// One event wakes one thread, which then has the client for itself: the client must not be touched
+// once it is waited for again.
+void Workers::putOff(Client& client, Session::Next next) {
+    if (next == Session::Next::kExecution) {
+        const std::lock_guard lock(turnsMutex_);
+        queue_.push_back(&client);
+        return;
+    }
     if (next != Session::Next::kEnd) {
-        epoll_event awaited{};
-        awaited.events = EPOLLONESHOT | (next == Session::Next::kInput ? EPOLLIN : EPOLLOUT);
-        awaited.data.ptr = &session;
-        if (::epoll_ctl(poll_.get(), operation, session.socket(), &awaited) == 0) {
+        const int operation = std::exchange(client.watched, true) ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
+        const std::uint32_t events = next == Session::Next::kInput ? EPOLLIN : EPOLLOUT;
+        if (await(poll_.get(), operation, client.session.socket(), events | EPOLLONESHOT,
+                  &client)) {
             return;
         }
     }
-    end(session);
+    end(client);
 }
 
-void Workers::end(Session& session) {
-    std::shared_ptr<Session> ended;
+void Workers::end(Client& client) {
+    std::list<Client> ended;
     bool last = false;
     {
-        const std::lock_guard lock(sessionsMutex_);
-        const auto found = sessions_.find(&session);
-        ended = std::move(found->second);
-        sessions_.erase(found);
-        last = sessions_.empty();
+        const std::lock_guard lock(clientsMutex_);
+        ended.splice(ended.end(), clients_, client.place);
+        last = clients_.empty();
     }
-    ended.reset();
+    ended.clear();
     if (last) {
-        ended_();
+        events_.empty();
     }
 }
 

@@ -3,10 +3,9 @@
 
 #include <cstddef>
 #include <functional>
-#include <memory>
+#include <list>
 #include <mutex>
 #include <thread>
-#include <unordered_map>
 #include <vector>
 
 #include "relay/server/descriptor.h"
@@ -14,49 +13,76 @@
 
 namespace Orvel::Relay::Server {
 
-/// The sessions of a server and the threads that serve them. All threads wait for all sessions, and
-/// whichever wakes up for a command reads it, executes it and answers it: no command changes
-/// threads. There is one thread more than may execute commands at a time, so that somebody is left
-/// to listen.
+/// The sessions of a server and the threads that serve them. All threads wait for the door, where
+/// new clients come, and for all sessions, and whichever wakes up serves: it reads a command,
+/// executes it and answers it, so that no command changes threads. Then it waits a moment for that
+/// client alone, which mostly goes on at once. There is one thread more than may do so at a time,
+/// so that somebody is left for the others.
 class Workers {
   public:
+    /// What a server does when something happens. Called on any of the threads.
+    struct Events {
+        /// Somebody is at the door, which is not watched any more.
+        std::function<void()> knock;
+        /// The last session has ended.
+        std::function<void()> empty;
+    };
+
     /// @param executing how many commands are executed at a time.
     /// @param sessions how many there will be at most.
-    /// @param ended called, on any thread, when the last session has ended.
     /// @throws std::system_error when the threads cannot be started.
-    Workers(std::size_t executing, std::size_t sessions, std::function<void()> ended);
+    Workers(std::size_t executing, std::size_t sessions, Events events);
     Workers(const Workers&) = delete;
     Workers& operator=(const Workers&) = delete;
     /// Waits for commands that are being executed.
     ~Workers();
 
-    /// Serves a session, beginning at once on the calling thread.
-    void add(std::shared_ptr<Session> session);
+    /// Waits for the next client to come.
+    /// @param door a socket that listens; the same one each time.
+    /// @throws std::system_error
+    void watch(int door);
+
+    /// Begins a session, and serves it on the calling thread as if that had woken up for it.
+    void serve(Descriptor client, const Service& service);
 
     std::size_t sessions() const;
 
     /// Calls a function, which must not block, for each session.
-    void forEach(const std::function<void(Session&)>& visit) const;
+    void forEach(const std::function<void(Session&)>& visit);
 
   private:
+    struct Client {
+        Client(Descriptor socket, const Service& service) : session(std::move(socket), service) {}
+
+        Session session;
+        // Whether it was ever waited for together with the others.
+        bool watched = false;
+        std::list<Client>::iterator place;
+    };
+
     void work();
-    void execute(Session* session);
-    void settle(Session& session, Session::Next next, int operation);
-    void end(Session& session);
+    void serve(Client& client, Session::Next next);
+    Session::Next talk(Session& session, Session::Next next);
+    bool begin(Client& client, Session::Next next);
+    Client* nextInTurn();
+    void putOff(Client& client, Session::Next next);
+    void end(Client& client);
     void finish() noexcept;
 
     const std::size_t mostExecuting_;
-    std::function<void()> ended_;
+    const Events events_;
     Descriptor poll_;
     Descriptor finishing_;
+    bool doorWatched_ = false;
 
-    mutable std::mutex sessionsMutex_;
-    std::unordered_map<const Session*, std::shared_ptr<Session>> sessions_;
+    mutable std::mutex clientsMutex_;
+    std::list<Client> clients_;
 
-    // Sessions whose commands wait for one of those that are being executed; none otherwise.
-    std::mutex queueMutex_;
-    std::vector<Session*> queue_;
-    std::size_t executing_ = 0;
+    // Of the threads that execute commands or wait for a single client, and of the clients whose
+    // commands wait for one of them.
+    std::mutex turnsMutex_;
+    std::size_t engaged_ = 0;
+    std::vector<Client*> queue_;
 
     std::vector<std::thread> threads_;
 };
