@@ -73,17 +73,19 @@ Session::Next Session::advance() {
 }
 
 // Nobody else touches what is being received, so the lock can wait.
-bool Session::linger() {
+std::optional<Session::Next> Session::linger() {
+    std::span<std::byte> to;
     try {
-        const std::span<std::byte> to = room();
-        const ssize_t result = ::recv(socket_.get(), to.data(), to.size(), 0);
-        const std::lock_guard lock(mutex_);
-        return received(to.size(), result) > 0 || over_;
+        to = room();
     } catch (const std::bad_alloc&) {
-        const std::lock_guard lock(mutex_);
-        over_ = true;
-        return true;
+        return Next::kEnd;
     }
+    const ssize_t result = ::recv(socket_.get(), to.data(), to.size(), 0);
+    const std::lock_guard lock(mutex_);
+    if (received(to.size(), result) == 0 && !over_) {
+        return std::nullopt;
+    }
+    return proceed();
 }
 
 Session::Next Session::execute() {

@@ -49,9 +49,10 @@ class Session {
     /// Talks with the client as far as that goes without waiting.
     Next advance();
 
-    /// Waits a moment for something to receive. To be called when that is needed.
-    /// @return false when nothing came.
-    bool linger();
+    /// Waits a moment for something to receive, and goes on as `advance` does. To be called when
+    /// that is needed.
+    /// @return nothing when nothing came.
+    std::optional<Next> linger();
 
     /// Executes the command that has arrived, answers it, and goes on as `advance` does.
     Next execute();

@@ -72,7 +72,7 @@ void Workers::serve(Descriptor socket, const Service& service) {
         const std::lock_guard lock(clientsMutex_);
         clients_.splice(clients_.end(), added);
     }
-    serve(client, client.session.advance());
+    serve(client, Session::Next::kInput);
 }
 
 std::size_t Workers::sessions() const {
@@ -121,8 +121,12 @@ Session::Next Workers::talk(Session& session, Session::Next next) {
     for (;;) {
         if (next == Session::Next::kExecution) {
             next = session.execute();
-        } else if (next == Session::Next::kInput && session.linger()) {
-            next = session.advance();
+        } else if (next == Session::Next::kInput) {
+            const auto heard = session.linger();
+            if (!heard) {
+                return next;
+            }
+            next = *heard;
         } else {
             return next;
         }
