@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -41,10 +42,19 @@ bool receiveAll(int socket, std::span<std::byte> room) {
            static_cast<ssize_t>(room.size());
 }
 
+bool receiveMessage(int socket, std::size_t length, Memory memory, std::span<std::byte> buffer) {
+    if (memory == Memory::kReused) {
+        return receiveAll(socket, buffer.first(length));
+    }
+    const auto fresh = std::make_unique_for_overwrite<std::byte[]>(length);
+    return receiveAll(socket, {fresh.get(), length});
+}
+
 // Ends with the connection.
-void serveConnection(int socket, std::span<const Exchange> exchanges, std::span<std::byte> buffer) {
+void serveConnection(int socket, std::span<const Exchange> exchanges, Memory memory,
+                     std::span<std::byte> buffer) {
     for (const Exchange& exchange : exchanges) {
-        if (!receiveAll(socket, buffer.first(exchange.message)) ||
+        if (!receiveMessage(socket, exchange.message, memory, buffer) ||
             !sendAll(socket, buffer.first(exchange.answer))) {
             return;
         }
@@ -53,7 +63,7 @@ void serveConnection(int socket, std::span<const Exchange> exchanges, std::span<
 }
 
 void serve(const std::filesystem::path& path, const std::function<void()>& isListening,
-           std::span<const Exchange> exchanges) {
+           std::span<const Exchange> exchanges, Memory memory) {
     std::size_t longest = 0;
     for (const Exchange& exchange : exchanges) {
         longest = std::max({longest, exchange.message, exchange.answer});
@@ -71,17 +81,17 @@ void serve(const std::filesystem::path& path, const std::function<void()>& isLis
         if (connection < 0) {
             fail("cannot accept a connection");
         }
-        serveConnection(connection, exchanges, buffer);
+        serveConnection(connection, exchanges, memory, buffer);
         ::close(connection);
     }
 }
 
 }  // namespace
 
-ServiceProcess::Service rawService(std::vector<Exchange> exchanges) {
-    return [exchanges = std::move(exchanges)](const std::filesystem::path& path,
-                                              const std::function<void()>& isListening) {
-        serve(path, isListening, exchanges);
+ServiceProcess::Service rawService(std::vector<Exchange> exchanges, Memory memory) {
+    return [exchanges = std::move(exchanges), memory](const std::filesystem::path& path,
+                                                      const std::function<void()>& isListening) {
+        serve(path, isListening, exchanges, memory);
     };
 }
 

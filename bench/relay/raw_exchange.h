@@ -10,8 +10,7 @@
 
 /// @file
 /// The least that client and server do who exchange messages over a stream socket: both know the
-/// length of every message beforehand, block until all of it is through, and use their buffers
-/// again and again.
+/// length of every message beforehand and block until all of it is through.
 
 namespace Orvel::Bench {
 
@@ -26,8 +25,15 @@ inline constexpr std::size_t kHeader = 32;
 /// The greeting that begins each of the relay's connections.
 inline constexpr Exchange kGreeting{kHeader, kHeader};
 
+/// Where a service receives.
+enum class Memory {
+    kReused,  ///< in memory that it has had from the beginning
+    kFresh,   ///< in memory that it takes for each message, as who hands the message on has to
+};
+
 /// A service that carries out these exchanges on each connection, one connection after the other.
-ServiceProcess::Service rawService(std::vector<Exchange> exchanges);
+ServiceProcess::Service rawService(std::vector<Exchange> exchanges,
+                                   Memory memory = Memory::kReused);
 
 /// The client's side: a connection, for as long as this object lives.
 class RawConnection {

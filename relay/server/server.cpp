@@ -12,6 +12,7 @@
 #include <atomic>
 #include <csignal>
 #include <exception>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
@@ -55,7 +56,7 @@ void refuse(const Descriptor& client, std::int32_t status) {
 
 }  // namespace
 
-// The thread that runs the server admits clients and keeps the time; all else is the workers'.
+// The thread that runs the server keeps the time and hears signals; all else is the workers'.
 class Server::Impl {
   public:
     Impl(const std::filesystem::path& path, ConversationFactory factory, const Options& options)
@@ -117,8 +118,7 @@ void Server::Impl::beginToStop() {
     std::error_code ignored;
     pause_.cancel();
     signals_.cancel(ignored);
-    workers_->forEach([](Session& session) { session.stop(); });
-    if (workers_->sessions() == 0) {
+    if (workers_->stop() == 0) {
         endWhenStopped();
     }
 }
@@ -130,10 +130,7 @@ void Server::Impl::endWhenStopped() {
     }
 }
 
-void Server::Impl::lookAtSessions() {
-    const auto now = Alarm::Clock::now();
-    workers_->forEach([now](Session& session) { session.look(now); });
-}
+void Server::Impl::lookAtSessions() { workers_->look(Alarm::Clock::now()); }
 
 // On a worker. The door is watched again before the client is served, so that it keeps nobody else
 // waiting.
@@ -149,29 +146,31 @@ void Server::Impl::takeClientIn() {
         return;
     }
     workers_->watch(door_.get());
-    if (client.get() >= 0 && !stopping_) {
+    if (client.get() >= 0) {
         admit(std::move(client));
     }
 }
 
 void Server::Impl::watchDoorLater() {
-    asio::post(io_, [this] {
-        pause_.expires_after(kPauseWithoutDescriptors);
-        pause_.async_wait([this](std::error_code error) {
-            if (!error) {
-                workers_->watch(door_.get());
-            }
+    try {
+        asio::post(io_, [this] {
+            pause_.expires_after(kPauseWithoutDescriptors);
+            pause_.async_wait([this](std::error_code error) {
+                if (!error) {
+                    workers_->watch(door_.get());
+                }
+            });
         });
-    });
+    } catch (const std::bad_alloc&) {
+        workers_->watch(door_.get());
+    }
 }
 
 void Server::Impl::admit(Descriptor client) {
-    if (workers_->sessions() >= service_.options.connections) {
-        refuse(client, Status::kServerTooBusy);
-        return;
-    }
     try {
-        workers_->serve(std::move(client), service_);
+        if (!workers_->serve(client, service_) && !stopping_) {
+            refuse(client, Status::kServerTooBusy);
+        }
     } catch (const std::exception&) {
         // No memory for this client: it finds its connection closed, and the others are none the
         // worse.

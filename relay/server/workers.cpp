@@ -5,6 +5,7 @@
 #include <sys/eventfd.h>
 
 #include <cstdint>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -29,10 +30,10 @@ bool await(int poll, int operation, int descriptor, std::uint32_t events, void* 
 
 Workers::Workers(std::size_t executing, std::size_t sessions, Events events)
     : mostExecuting_(executing),
+      mostClients_(sessions),
       events_(std::move(events)),
       poll_(checked(::epoll_create1(EPOLL_CLOEXEC), "cannot wait for clients")),
       finishing_(checked(::eventfd(0, EFD_CLOEXEC), "cannot wait for the end")) {
-    queue_.reserve(sessions);
     if (!await(poll_.get(), EPOLL_CTL_ADD, finishing_.get(), EPOLLIN, nullptr)) {
         throw std::system_error(errno, std::generic_category(), "cannot wait for the end");
     }
@@ -64,27 +65,35 @@ void Workers::watch(int door) {
     }
 }
 
-void Workers::serve(Descriptor socket, const Service& service) {
-    std::list<Client> added;
-    Client& client = added.emplace_back(std::move(socket), service);
-    client.place = added.begin();
+bool Workers::serve(Descriptor& socket, const Service& service) {
+    Client* client = nullptr;
     {
         const std::lock_guard lock(clientsMutex_);
-        clients_.splice(clients_.end(), added);
+        if (stopping_ || clients_.size() >= mostClients_) {
+            return false;
+        }
+        client = &clients_.emplace_back(std::move(socket), service);
+        client->place = std::prev(clients_.end());
     }
-    serve(client, Session::Next::kInput);
+    // Its greeting has mostly come along.
+    serve(*client, Session::Next::kInput);
+    return true;
 }
 
-std::size_t Workers::sessions() const {
-    const std::lock_guard lock(clientsMutex_);
-    return clients_.size();
-}
-
-void Workers::forEach(const std::function<void(Session&)>& visit) {
+void Workers::look(Session::TimePoint now) {
     const std::lock_guard lock(clientsMutex_);
     for (Client& client : clients_) {
-        visit(client.session);
+        client.session.look(now);
     }
+}
+
+std::size_t Workers::stop() {
+    const std::lock_guard lock(clientsMutex_);
+    stopping_ = true;
+    for (Client& client : clients_) {
+        client.session.stop();
+    }
+    return clients_.size();
 }
 
 void Workers::work() {
@@ -116,25 +125,29 @@ void Workers::serve(Client& client, Session::Next next) {
     }
 }
 
-// Goes on until the session takes a longer wait, or others have waited long enough.
+// Goes on until the session takes a longer wait, or it is the turn of others.
 Session::Next Workers::talk(Session& session, Session::Next next) {
-    for (;;) {
+    if (next == Session::Next::kExecution) {
+        next = session.execute();
+    }
+    while (mayGoOn(next)) {
         if (next == Session::Next::kExecution) {
             next = session.execute();
-        } else if (next == Session::Next::kInput) {
-            const auto heard = session.linger();
-            if (!heard) {
-                return next;
-            }
+        } else if (const auto heard = session.linger()) {
             next = *heard;
         } else {
-            return next;
-        }
-        const std::lock_guard lock(turnsMutex_);
-        if (!queue_.empty()) {
-            return next;
+            break;
         }
     }
+    return next;
+}
+
+// Waiting for a single client is for when there is little to do: half of the threads stay ready for
+// the commands of others.
+bool Workers::mayGoOn(Session::Next next) {
+    const std::lock_guard lock(turnsMutex_);
+    return queue_.empty() && (next == Session::Next::kExecution ||
+                              (next == Session::Next::kInput && engaged_ <= mostExecuting_ / 2));
 }
 
 // Whether this thread may engage itself for a client; otherwise the client is put off.
@@ -146,7 +159,7 @@ bool Workers::begin(Client& client, Session::Next next) {
             return true;
         }
         if (next == Session::Next::kExecution) {
-            queue_.push_back(&client);
+            enqueue(client);
             return false;
         }
     }
@@ -161,16 +174,18 @@ Workers::Client* Workers::nextInTurn() {
         return nullptr;
     }
     Client* const next = queue_.front();
-    queue_.erase(queue_.begin());
+    next->ticket.splice(next->ticket.end(), queue_, queue_.begin());
     return next;
 }
+
+void Workers::enqueue(Client& client) { queue_.splice(queue_.end(), client.ticket); }
 
 // One event wakes one thread, which then has the client for itself: the client must not be touched
 // once it is waited for again.
 void Workers::putOff(Client& client, Session::Next next) {
     if (next == Session::Next::kExecution) {
         const std::lock_guard lock(turnsMutex_);
-        queue_.push_back(&client);
+        enqueue(client);
         return;
     }
     if (next != Session::Next::kEnd) {

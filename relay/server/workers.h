@@ -29,7 +29,7 @@ class Workers {
     };
 
     /// @param executing how many commands are executed at a time.
-    /// @param sessions how many there will be at most.
+    /// @param sessions how many there are at most.
     /// @throws std::system_error when the threads cannot be started.
     Workers(std::size_t executing, std::size_t sessions, Events events);
     Workers(const Workers&) = delete;
@@ -42,13 +42,17 @@ class Workers {
     /// @throws std::system_error
     void watch(int door);
 
-    /// Begins a session, and serves it on the calling thread as if that had woken up for it.
-    void serve(Descriptor client, const Service& service);
+    /// Begins a session, and serves it on the calling thread, one of the workers.
+    /// @param client its socket; taken over only if a session was begun.
+    /// @return whether there was room for one more.
+    bool serve(Descriptor& client, const Service& service);
 
-    std::size_t sessions() const;
+    /// Lets each session see to what is due by now.
+    void look(Session::TimePoint now);
 
-    /// Calls a function, which must not block, for each session.
-    void forEach(const std::function<void(Session&)>& visit);
+    /// Stops each session, and begins none any more.
+    /// @return how many have not ended yet.
+    std::size_t stop();
 
   private:
     struct Client {
@@ -58,31 +62,37 @@ class Workers {
         // Whether it was ever waited for together with the others.
         bool watched = false;
         std::list<Client>::iterator place;
+        // Its place in the queue, made beforehand: queueing must not fail.
+        std::list<Client*> ticket{this};
     };
 
     void work();
     void serve(Client& client, Session::Next next);
     Session::Next talk(Session& session, Session::Next next);
     bool begin(Client& client, Session::Next next);
+    bool mayGoOn(Session::Next next);
     Client* nextInTurn();
     void putOff(Client& client, Session::Next next);
+    void enqueue(Client& client);
     void end(Client& client);
     void finish() noexcept;
 
     const std::size_t mostExecuting_;
+    const std::size_t mostClients_;
     const Events events_;
     Descriptor poll_;
     Descriptor finishing_;
     bool doorWatched_ = false;
 
-    mutable std::mutex clientsMutex_;
+    std::mutex clientsMutex_;
     std::list<Client> clients_;
+    bool stopping_ = false;
 
     // Of the threads that execute commands or wait for a single client, and of the clients whose
     // commands wait for one of them.
     std::mutex turnsMutex_;
     std::size_t engaged_ = 0;
-    std::vector<Client*> queue_;
+    std::list<Client*> queue_;
 
     std::vector<std::thread> threads_;
 };
