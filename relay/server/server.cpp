@@ -88,9 +88,9 @@ class Server::Impl {
 };
 
 void Server::Impl::run() {
-    workers_.emplace(service_.options.workers, service_.options.connections,
+    workers_.emplace(door_.get(), service_.options.workers, service_.options.connections,
                      Workers::Events{[this] { takeClientIn(); }, [this] { endWhenStopped(); }});
-    workers_->watch(door_.get());
+    workers_->watchDoor();
     const auto untilStopped = asio::make_work_guard(io_);
     io_.run();
     workers_.reset();
@@ -145,7 +145,7 @@ void Server::Impl::takeClientIn() {
         watchDoorLater();
         return;
     }
-    workers_->watch(door_.get());
+    workers_->watchDoor();
     if (client.get() >= 0) {
         admit(std::move(client));
     }
@@ -157,12 +157,12 @@ void Server::Impl::watchDoorLater() {
             pause_.expires_after(kPauseWithoutDescriptors);
             pause_.async_wait([this](std::error_code error) {
                 if (!error) {
-                    workers_->watch(door_.get());
+                    workers_->watchDoor();
                 }
             });
         });
     } catch (const std::bad_alloc&) {
-        workers_->watch(door_.get());
+        workers_->watchDoor();
     }
 }
 

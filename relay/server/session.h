@@ -44,7 +44,13 @@ class Session {
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    int socket() const { return socket_.get(); }
+    /// Calls a function that lets others wait for the socket, with the socket. Whoever wakes up
+    /// then sees all that was done before.
+    template <typename Function>
+    auto handOver(Function function) {
+        const std::lock_guard lock(mutex_);
+        return function(socket_.get());
+    }
 
     /// Talks with the client as far as that goes without waiting.
     Next advance();

@@ -28,14 +28,16 @@ bool await(int poll, int operation, int descriptor, std::uint32_t events, void* 
 
 }  // namespace
 
-Workers::Workers(std::size_t executing, std::size_t sessions, Events events)
-    : mostExecuting_(executing),
+Workers::Workers(int door, std::size_t executing, std::size_t sessions, Events events)
+    : door_(door),
+      mostExecuting_(executing),
       mostClients_(sessions),
       events_(std::move(events)),
       poll_(checked(::epoll_create1(EPOLL_CLOEXEC), "cannot wait for clients")),
       finishing_(checked(::eventfd(0, EFD_CLOEXEC), "cannot wait for the end")) {
-    if (!await(poll_.get(), EPOLL_CTL_ADD, finishing_.get(), EPOLLIN, nullptr)) {
-        throw std::system_error(errno, std::generic_category(), "cannot wait for the end");
+    if (!await(poll_.get(), EPOLL_CTL_ADD, finishing_.get(), EPOLLIN, nullptr) ||
+        !await(poll_.get(), EPOLL_CTL_ADD, door_, EPOLLONESHOT, this)) {
+        throw std::system_error(errno, std::generic_category(), "cannot wait for clients");
     }
     try {
         for (std::size_t i = 0; i <= executing; ++i) {
@@ -58,11 +60,8 @@ void Workers::finish() noexcept {
 }
 
 // One client wakes one thread, which takes it in before the next one is waited for.
-void Workers::watch(int door) {
-    const int operation = std::exchange(doorWatched_, true) ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
-    if (!await(poll_.get(), operation, door, EPOLLIN | EPOLLONESHOT, this)) {
-        throw std::system_error(errno, std::generic_category(), "cannot wait for clients");
-    }
+void Workers::watchDoor() {
+    await(poll_.get(), EPOLL_CTL_MOD, door_, EPOLLIN | EPOLLONESHOT, this);
 }
 
 bool Workers::serve(Descriptor& socket, const Service& service) {
@@ -189,10 +188,13 @@ void Workers::putOff(Client& client, Session::Next next) {
         return;
     }
     if (next != Session::Next::kEnd) {
-        const int operation = std::exchange(client.watched, true) ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
         const std::uint32_t events = next == Session::Next::kInput ? EPOLLIN : EPOLLOUT;
-        if (await(poll_.get(), operation, client.session.socket(), events | EPOLLONESHOT,
-                  &client)) {
+        const bool watched = client.session.handOver([&](int socket) {
+            const int operation =
+                std::exchange(client.watched, true) ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
+            return await(poll_.get(), operation, socket, events | EPOLLONESHOT, &client);
+        });
+        if (watched) {
             return;
         }
     }

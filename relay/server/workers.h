@@ -28,19 +28,18 @@ class Workers {
         std::function<void()> empty;
     };
 
+    /// @param door a socket that listens. Nobody waits for it yet.
     /// @param executing how many commands are executed at a time.
     /// @param sessions how many there are at most.
     /// @throws std::system_error when the threads cannot be started.
-    Workers(std::size_t executing, std::size_t sessions, Events events);
+    Workers(int door, std::size_t executing, std::size_t sessions, Events events);
     Workers(const Workers&) = delete;
     Workers& operator=(const Workers&) = delete;
     /// Waits for commands that are being executed.
     ~Workers();
 
     /// Waits for the next client to come.
-    /// @param door a socket that listens; the same one each time.
-    /// @throws std::system_error
-    void watch(int door);
+    void watchDoor();
 
     /// Begins a session, and serves it on the calling thread, one of the workers.
     /// @param client its socket; taken over only if a session was begun.
@@ -77,12 +76,12 @@ class Workers {
     void end(Client& client);
     void finish() noexcept;
 
+    const int door_;
     const std::size_t mostExecuting_;
     const std::size_t mostClients_;
     const Events events_;
     Descriptor poll_;
     Descriptor finishing_;
-    bool doorWatched_ = false;
 
     std::mutex clientsMutex_;
     std::list<Client> clients_;
