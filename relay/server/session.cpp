@@ -23,7 +23,7 @@ using Clock = Alarm::Clock;
 constexpr std::size_t kMostAtATime = std::size_t{4} * 1024 * 1024;
 
 // How long a thread waits for a client that has just been heard. Whoever has more to say says it
-// within less; whoever has not costs the thread no more than this.
+// within less; whoever has not costs the thread no more than this, or a tick of the system's clock.
 constexpr std::chrono::microseconds kMoment{200};
 
 void setWait(int socket, std::chrono::microseconds wait) {
@@ -100,7 +100,11 @@ Session::Next Session::execute() {
     if (!given) {
         return Next::kEnd;
     }
-    answer(std::move(*given));
+    try {
+        answer(std::move(*given));
+    } catch (const std::bad_alloc&) {
+        return Next::kEnd;
+    }
     return proceed();
 }
 
@@ -134,7 +138,7 @@ void Session::cutOff() {
 }
 
 Session::Next Session::proceed() {
-    std::size_t received = 0;
+    std::size_t taken = 0;
     try {
         for (;;) {
             if (text_ && !flush()) {
@@ -152,10 +156,10 @@ Session::Next Session::proceed() {
             if (understand()) {
                 continue;
             }
-            if (drained_ || received > kMostAtATime) {
+            if (drained_ || taken > kMostAtATime) {
                 return Next::kInput;
             }
-            received += receive();
+            taken += receive();
         }
     } catch (...) {
         // No memory, or no conversation, for this client: the others are none the worse.
