@@ -1,5 +1,7 @@
 #include "service/json.h"
 
+#include <array>
+#include <cstdint>
 #include <map>
 #include <new>
 #include <stdexcept>
@@ -12,19 +14,24 @@ namespace Orvel::Service {
 
 namespace {
 
+/// How many UTF-16 code units a byte of a string stands for when it is written compactly: a
+/// character of more bytes counts with its first one.
+constexpr std::array<std::uint8_t, 256> kUnits = [] {
+    std::array<std::uint8_t, 256> units{};
+    for (std::size_t byte = 0; byte < units.size(); ++byte) {
+        const bool follows = byte >= 0x80 && byte < 0xC0;
+        units[byte] = byte < 0x20 ? 6 : follows ? 0 : byte < 0xF0 ? 1 : 2;
+    }
+    for (const char escaped : {'"', '\\', '\b', '\f', '\n', '\r', '\t'}) {
+        units[static_cast<unsigned char>(escaped)] = 2;
+    }
+    return units;
+}();
+
 std::size_t escapedLength(std::string_view characters) {
     std::size_t units = 0;
     for (const char character : characters) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte >= 0xF0) {
-            units += 2;
-        } else if (byte >= 0x80 && byte < 0xC0) {
-            continue;
-        } else if (byte >= 0x20) {
-            units += (byte == '"' || byte == '\\') ? 2U : 1U;
-        } else {
-            units += hasShortEscape(character) ? 2U : 6U;
-        }
+        units += kUnits[static_cast<unsigned char>(character)];
     }
     return units;
 }

@@ -10,24 +10,26 @@ bool isBlank(char character) {
 
 /// The place after a string whose opening quote is at `position`; the text's end when it is open.
 std::size_t endOfString(std::string_view text, std::size_t position) {
-    for (++position; position < text.size(); ++position) {
-        if (text[position] == '\\') {
-            ++position;
-        } else if (text[position] == '"') {
-            return position + 1;
+    for (++position;;) {
+        const std::size_t quote = text.find('"', position);
+        if (quote == std::string_view::npos) {
+            return text.size();
         }
+        std::size_t escape = quote;
+        while (escape > position && text[escape - 1] == '\\') {
+            --escape;
+        }
+        // Of the backslashes before it, each second one is escaped by the one before.
+        if ((quote - escape) % 2 == 0) {
+            return quote + 1;
+        }
+        position = quote + 1;
     }
-    return text.size();
 }
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
 }  // namespace
-
-bool hasShortEscape(char character) {
-    return character == '\b' || character == '\f' || character == '\n' || character == '\r' ||
-           character == '\t';
-}
 
 void appendJsonCharacter(std::string& out, char character) {
     const auto byte = static_cast<unsigned char>(character);

@@ -11,9 +11,6 @@
 
 namespace Orvel::Service {
 
-/// Whether a character has an escape of two characters, other than the quote and the backslash.
-bool hasShortEscape(char character);
-
 /// Appends one character of a string, escaped when it must be. Bytes of UTF-8 pass as they are.
 void appendJsonCharacter(std::string& out, char character);
 

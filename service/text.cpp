@@ -1,5 +1,6 @@
 #include "service/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -9,6 +10,28 @@ namespace {
 
 bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
+/// Most text is ASCII, which is converted by blocks of this many characters.
+constexpr std::size_t kBlock = 16;
+
+bool beginsWithAsciiBlock(WideStringView text) {
+    if (text.size() < kBlock) {
+        return false;
+    }
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+        bits |= text[i];
+    }
+    return bits < 0x80;
+}
+
+void appendAsciiBlock(std::string& out, WideStringView text) {
+    std::array<char, kBlock> block;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+        block[i] = static_cast<char>(text[i]);
+    }
+    out.append(block.data(), block.size());
+}
 
 void appendBytes(std::string& out, std::uint32_t point) {
     const auto trail = [point](unsigned shift) {
@@ -72,19 +95,26 @@ std::optional<Character> firstCharacter(std::string_view text) {
 std::optional<std::string> toUtf8(WideStringView text) {
     std::string out;
     out.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        std::uint32_t point = text[i];
-        if (isLowSurrogate(point)) {
-            return std::nullopt;
+    for (std::size_t i = 0; i < text.size();) {
+        if (beginsWithAsciiBlock(text.substr(i))) {
+            appendAsciiBlock(out, text.substr(i));
+            i += kBlock;
+            continue;
         }
-        if (isHighSurrogate(point)) {
-            if (i + 1 == text.size() || !isLowSurrogate(text[i + 1])) {
+        for (const std::size_t end = std::min(i + kBlock, text.size()); i < end; ++i) {
+            std::uint32_t point = text[i];
+            if (isLowSurrogate(point)) {
                 return std::nullopt;
             }
-            ++i;
-            point = 0x10000 + ((point - 0xD800) << 10) + (std::uint32_t{text[i]} - 0xDC00);
+            if (isHighSurrogate(point)) {
+                if (i + 1 == text.size() || !isLowSurrogate(text[i + 1])) {
+                    return std::nullopt;
+                }
+                ++i;
+                point = 0x10000 + ((point - 0xD800) << 10) + (std::uint32_t{text[i]} - 0xDC00);
+            }
+            appendBytes(out, point);
         }
-        appendBytes(out, point);
     }
     return out;
 }
