@@ -8,7 +8,6 @@
 #include <string>
 
 #include "service/error_name.h"
-#include "service/json_text.h"
 
 namespace Orvel::Service {
 
@@ -74,6 +73,22 @@ std::size_t JsonValue::compactLength() const {
     return yyjson_is_false(value_) ? 5 : 4;
 }
 
+bool JsonValue::nestsDeeper(std::size_t levels) const {
+    if (!isObject() && !isArray()) {
+        return false;
+    }
+    if (levels == 0) {
+        return true;
+    }
+    bool deeper = false;
+    const auto look = [&deeper, levels](JsonValue value) {
+        deeper = deeper || value.nestsDeeper(levels - 1);
+    };
+    forEachElement(look);
+    forEachMember([&look](std::string_view, JsonValue value) { look(value); });
+    return deeper;
+}
+
 JsonDocument::Handle JsonDocument::read(std::string_view text) {
     yyjson_read_err error{};
     // The engine takes a pointer to characters that it may write to only when it is asked to read
@@ -87,11 +102,9 @@ JsonDocument::Handle JsonDocument::read(std::string_view text) {
 }
 
 JsonDocument JsonDocument::parseObject(std::string_view text) {
-    if (nestsDeeper(text, kDeepestJson)) {
-        throw Refusal(ErrorNames::kMalformedJson);
-    }
+    // The engine reads any depth without recursion; what walks the values does not.
     JsonDocument document(read(text));
-    if (!document.root().isObject()) {
+    if (!document.root().isObject() || document.root().nestsDeeper(kDeepestJson)) {
         throw Refusal(ErrorNames::kMalformedJson);
     }
     return document;

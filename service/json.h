@@ -69,6 +69,9 @@ class JsonValue {
     /// must be escaped escaped (and in its short form where there is one), duplicates dropped.
     std::size_t compactLength() const;
 
+    /// Whether it has more than so many levels of objects and arrays, its own included.
+    bool nestsDeeper(std::size_t levels) const;
+
   private:
     /// A string and a number as written are kept alike.
     std::string_view content() const {

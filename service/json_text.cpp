@@ -73,30 +73,6 @@ void appendJsonString(std::string& out, std::string_view characters) {
     out += '"';
 }
 
-bool nestsDeeper(std::string_view text, std::size_t limit) {
-    std::size_t depth = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        switch (text[i]) {
-            case '"':
-                i = endOfString(text, i) - 1;
-                break;
-            case '{':
-            case '[':
-                if (++depth > limit) {
-                    return true;
-                }
-                break;
-            case '}':
-            case ']':
-                depth -= depth > 0 ? 1 : 0;
-                break;
-            default:
-                break;
-        }
-    }
-    return false;
-}
-
 void JsonCursor::skipBlanks() {
     while (position_ < text_.size() && isBlank(text_[position_])) {
         ++position_;

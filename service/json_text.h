@@ -17,9 +17,6 @@ void appendJsonCharacter(std::string& out, char character);
 /// Appends a string with its quotes, escaping what must be escaped.
 void appendJsonString(std::string& out, std::string_view characters);
 
-/// Whether objects and arrays nest deeper than `limit` levels. The text may be any text.
-bool nestsDeeper(std::string_view text, std::size_t limit);
-
 /// Walks a text that is known to be well-formed JSON.
 class JsonCursor {
   public:
