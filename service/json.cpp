@@ -1,5 +1,6 @@
 #include "service/json.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <map>
@@ -49,6 +50,12 @@ JsonValue::Member JsonValue::member(std::string_view name) const {
     return found;
 }
 
+std::optional<std::string_view> JsonValue::lastName() const {
+    std::optional<std::string_view> last;
+    forEachMember([&last](std::string_view name, JsonValue) { last = name; });
+    return last;
+}
+
 std::size_t JsonValue::compactLength() const {
     if (const auto characters = string()) {
         return escapedLength(*characters) + 2;
@@ -89,21 +96,20 @@ bool JsonValue::nestsDeeper(std::size_t levels) const {
     return deeper;
 }
 
-JsonDocument::Handle JsonDocument::read(std::string_view text) {
+JsonDocument::JsonDocument(std::string_view text)
+    : text_(std::make_unique_for_overwrite<char[]>(text.size() + YYJSON_PADDING_SIZE)) {
+    std::fill_n(std::copy(text.begin(), text.end(), text_.get()), YYJSON_PADDING_SIZE, '\0');
     yyjson_read_err error{};
-    // The engine takes a pointer to characters that it may write to only when it is asked to read
-    // in place, which it is not.
-    Handle document(yyjson_read_opts(const_cast<char*>(text.data()), text.size(),
-                                     YYJSON_READ_NUMBER_AS_RAW, nullptr, &error));
-    if (!document && error.code == YYJSON_READ_ERROR_MEMORY_ALLOCATION) {
+    document_.reset(yyjson_read_opts(
+        text_.get(), text.size(), YYJSON_READ_INSITU | YYJSON_READ_NUMBER_AS_RAW, nullptr, &error));
+    if (!document_ && error.code == YYJSON_READ_ERROR_MEMORY_ALLOCATION) {
         throw std::bad_alloc();
     }
-    return document;
 }
 
 JsonDocument JsonDocument::parseObject(std::string_view text) {
     // The engine reads any depth without recursion; what walks the values does not.
-    JsonDocument document(read(text));
+    JsonDocument document(text);
     if (!document.root().isObject() || document.root().nestsDeeper(kDeepestJson)) {
         throw Refusal(ErrorNames::kMalformedJson);
     }
@@ -111,7 +117,7 @@ JsonDocument JsonDocument::parseObject(std::string_view text) {
 }
 
 JsonDocument JsonDocument::parseOwn(std::string_view text) {
-    JsonDocument document(read(text));
+    JsonDocument document(text);
     if (!document.root()) {
         throw std::runtime_error("a stored JSON text cannot be read");
     }

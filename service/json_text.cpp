@@ -81,8 +81,7 @@ void JsonCursor::skipBlanks() {
 
 void JsonCursor::skipString() { position_ = endOfString(text_, position_); }
 
-void JsonCursor::skipValue() {
-    std::size_t depth = 0;
+void JsonCursor::skipValue(std::size_t depth) {
     while (position_ < text_.size()) {
         const char character = text_[position_];
         if (character == '"') {
@@ -136,12 +135,25 @@ std::string_view JsonCursor::takeElement() {
     const std::size_t begin = position_;
     skipValue();
     const std::string_view element = text_.substr(begin, position_ - begin);
+    skipComma();
+    return element;
+}
+
+std::string_view JsonCursor::takeElement(std::size_t string, std::size_t depth) {
+    const std::size_t begin = position_;
+    position_ = endOfString(text_, string - 1);
+    skipValue(depth);
+    const std::string_view element = text_.substr(begin, position_ - begin);
+    skipComma();
+    return element;
+}
+
+void JsonCursor::skipComma() {
     skipBlanks();
     if (position_ < text_.size() && text_[position_] == ',') {
         ++position_;
         skipBlanks();
     }
-    return element;
 }
 
 }  // namespace Orvel::Service

@@ -36,13 +36,19 @@ class JsonCursor {
     /// it, or on the array's end.
     std::string_view takeElement();
 
+    /// The same, when it is known where the characters of a string in the value begin, and how many
+    /// objects and arrays of the value are around it: what stands before it is not looked at.
+    std::string_view takeElement(std::size_t string, std::size_t depth);
+
     /// Everything from the value on.
     std::string_view rest() const { return text_.substr(position_); }
 
   private:
     void skipBlanks();
     void skipString();
-    void skipValue();
+    /// Goes to the end of the value, from a place in it with so many objects and arrays around.
+    void skipValue(std::size_t depth = 0);
+    void skipComma();
 
     std::string_view text_;
     std::size_t position_;
