@@ -3,6 +3,7 @@
 #include <exception>
 #include <mutex>
 
+#include "service/batch_table.h"
 #include "service/consent_table.h"
 #include "service/gathering.h"
 #include "service/schema.h"
@@ -73,8 +74,7 @@ class Store::Impl {
     void storeBatches(const std::vector<IncomingBatch*>& batches);
     bool storeTogether(const std::vector<IncomingBatch*>& batches);
     void storeAlone(IncomingBatch& batch);
-    void insertBatch(const IncomingBatch& batch);
-    void insertEvent(const JudgedEvent& event, std::int64_t batch, std::chrono::milliseconds now);
+    void insert(const IncomingBatch& batch);
 
     Clock clock_;
     /// Held by who uses the connection that writes, and what belongs to it.
@@ -106,10 +106,7 @@ class Store::Impl {
         FROM data_class JOIN application ON application.id = application_id
         WHERE application.name = ?1 AND identifier = ?2
         ORDER BY registration DESC LIMIT 1)sql"};
-    Statement addBatch_{database_, R"sql(
-        INSERT INTO batch VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12))sql"};
-    Statement addEvent_{database_, "INSERT INTO event VALUES(?1, ?2, ?3, ?4, ?5, ?6)"};
-    Statement addRefused_{database_, "INSERT INTO refused_event VALUES(?1, ?2, ?3, ?4, ?5, ?6)"};
+    BatchTable batches_{database_};
     Statement addConsent_{database_,
                           "INSERT INTO consent_change VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"};
 };
@@ -180,7 +177,7 @@ bool Store::Impl::storeTogether(const std::vector<IncomingBatch*>& batches) {
     try {
         Transaction transaction(database_);
         for (const IncomingBatch* batch : batches) {
-            insertBatch(*batch);
+            insert(*batch);
         }
         transaction.commit();
         return true;
@@ -192,46 +189,16 @@ bool Store::Impl::storeTogether(const std::vector<IncomingBatch*>& batches) {
 void Store::Impl::storeAlone(IncomingBatch& batch) {
     try {
         Transaction transaction(database_);
-        insertBatch(batch);
+        insert(batch);
         transaction.commit();
     } catch (...) {
         batch.failure = std::current_exception();
     }
 }
 
-void Store::Impl::insertBatch(const IncomingBatch& incoming) {
-    const std::chrono::milliseconds now = clock_();
-    const std::int64_t batch = ids_.next(now);
-    const Session& session = incoming.session;
-    addBatch_.bind(1, batch)
-        .bind(2, applicationId(session.application))
-        .bind(3, now.count())
-        .bind(4, incoming.peerUser)
-        .bind(5, session.versionTag)
-        .bind(6, session.started)
-        .bind(7, session.applicationVersion)
-        .bind(8, session.id)
-        .bind(9, session.counter)
-        .bind(10, session.user)
-        .bind(11, session.device)
-        .bind(12, session.environment)
-        .run();
-    for (const JudgedEvent& event : incoming.events) {
-        insertEvent(event, batch, now);
-    }
-}
-
-void Store::Impl::insertEvent(const JudgedEvent& event, std::int64_t batch,
-                              std::chrono::milliseconds now) {
-    const bool good = event.error.empty();
-    Statement& statement = good ? addEvent_ : addRefused_;
-    statement.bind(1, ids_.next(now)).bind(2, batch);
-    if (good) {
-        statement.bind(3, event.dataClass).bindOptional(4, event.version).bind(5, event.time);
-    } else {
-        statement.bindOptional(3, event.className).bind(4, event.error).bind(5, event.path);
-    }
-    statement.bind(6, event.content).run();
+void Store::Impl::insert(const IncomingBatch& batch) {
+    const Receipt receipt{clock_(), batch.peerUser, applicationId(batch.session.application)};
+    batches_.add(receipt, batch.session, batch.events, ids_);
 }
 
 std::optional<GivenConsent> Store::Impl::consent() {

@@ -123,6 +123,37 @@ TEST_F(StoreTest, ListsEventsInTheirOrderAlsoWhenTheClockGoesBack) {
     EXPECT_THAT(contents({.limit = 2}), ElementsAre("1", "2"));
 }
 
+TEST_F(StoreTest, StoresAnyNumberOfEventsInTheirOrder) {
+    const auto store = open();
+    store->registerClass("App", dataClass());
+    const auto known = store->latestClass("App", "Evt").value();
+    std::vector<std::string> expected;
+    for (const std::size_t count : std::vector<std::size_t>{0, 1, 15, 16, 17, 32, 100}) {
+        const std::size_t begin = expected.size();
+        for (std::size_t event = 0; event < count; ++event) {
+            expected.push_back(std::to_string(expected.size()));
+        }
+        std::vector<JudgedEvent> events;
+        for (std::size_t event = begin; event < expected.size(); ++event) {
+            events.push_back(good(known, expected[event]));
+            if (event % 7 == 3) {
+                events.back().error = ErrorNames::kMalformedJson;
+            } else if (event % 2 == 0) {
+                events.back().version = "1";
+            }
+        }
+        store->addBatch(session_, 0, events);
+        EXPECT_EQ(contents(), expected);
+    }
+    std::size_t row = 0;
+    StoreReader(file_).forEachEvent({}, [&row](const EventRow& event) {
+        EXPECT_EQ(event.error.empty(), row % 7 != 3) << row;
+        EXPECT_EQ(event.version.has_value(), row % 7 != 3 && row % 2 == 0) << row;
+        ++row;
+    });
+    EXPECT_EQ(row, expected.size());
+}
+
 TEST_F(StoreTest, FiltersByClassAndApplication) {
     const auto store = open();
     store->registerClass("App", dataClass());
