@@ -15,12 +15,26 @@ constexpr const char* kSettings =
 constexpr std::int64_t kApplication = 1;
 constexpr std::int64_t kDataClass = 1;
 
+// A statement that inserts many rows takes a third less time than as many statements; more rows
+// than this save nothing more. It divides a batch.
+constexpr std::size_t kRowsAtOnce = 50;
+static_assert(kEventsOfABatch % kRowsAtOnce == 0);
+constexpr int kColumns = 6;
+
 // Identifiers of events are as long as the service's, which begin with the time.
 constexpr std::int64_t kFirstId = 1'795'000'000'000 << 21;
 
 void makeTables(const std::filesystem::path& file, const SampleRows& rows) {
     Service::Store store(file, Service::systemTime);
     store.registerClass(toUtf8(rows.session.appName), {"", "PageView", rows.version, {}});
+}
+
+std::string insertionOfEvents() {
+    std::string text = "INSERT INTO event VALUES(?, ?, ?, ?, ?, ?)";
+    for (std::size_t row = 1; row < kRowsAtOnce; ++row) {
+        text += ", (?, ?, ?, ?, ?, ?)";
+    }
+    return text;
 }
 
 /// @param text must outlive the statement.
@@ -45,7 +59,7 @@ BareDatabase::BareDatabase(const std::filesystem::path& file, const SampleRows& 
     commit_ = prepare("COMMIT");
     addBatch_ =
         prepare("INSERT INTO batch VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12)");
-    addEvent_ = prepare("INSERT INTO event VALUES(?1, ?2, ?3, ?4, ?5, ?6)");
+    addEvents_ = prepare(insertionOfEvents().c_str());
     bindWhatStays();
 }
 
@@ -76,22 +90,33 @@ void BareDatabase::bindWhatStays() {
     for (const std::string& text : sessionTexts_) {
         bindText(addBatch_.get(), parameter++, text);
     }
-    sqlite3_bind_int64(addEvent_.get(), 3, kDataClass);
-    bindText(addEvent_.get(), 4, rows_.version);
-    bindText(addEvent_.get(), 5, rows_.time);
+    for (int row = 0; row < static_cast<int>(kRowsAtOnce); ++row) {
+        sqlite3_bind_int64(addEvents_.get(), row * kColumns + 3, kDataClass);
+        bindText(addEvents_.get(), row * kColumns + 4, rows_.version);
+        bindText(addEvents_.get(), row * kColumns + 5, rows_.time);
+    }
 }
 
 void BareDatabase::storeBatch() {
     run(begin_);
-    sqlite3_bind_int64(addBatch_.get(), 1, nextId_);
-    sqlite3_bind_int64(addEvent_.get(), 2, nextId_++);
+    const std::int64_t batch = nextId_++;
+    sqlite3_bind_int64(addBatch_.get(), 1, batch);
     run(addBatch_);
-    for (const std::string& content : rows_.contents) {
-        sqlite3_bind_int64(addEvent_.get(), 1, nextId_++);
-        bindText(addEvent_.get(), 6, content);
-        run(addEvent_);
+    for (std::size_t stored = 0; stored < rows_.contents.size(); stored += kRowsAtOnce) {
+        insertEvents(batch, std::span(rows_.contents).subspan(stored, kRowsAtOnce));
     }
     run(commit_);
+}
+
+void BareDatabase::insertEvents(std::int64_t batch, std::span<const std::string> contents) {
+    int bound = 0;
+    for (const std::string& content : contents) {
+        sqlite3_bind_int64(addEvents_.get(), bound + 1, nextId_++);
+        sqlite3_bind_int64(addEvents_.get(), bound + 2, batch);
+        bindText(addEvents_.get(), bound + 6, content);
+        bound += kColumns;
+    }
+    run(addEvents_);
 }
 
 void BareDatabase::run(const Statement& statement) {

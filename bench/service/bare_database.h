@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "bench/service/sample_batch.h"
@@ -33,6 +34,7 @@ class BareDatabase {
 
     Statement prepare(const char* text);
     void bindWhatStays();
+    void insertEvents(std::int64_t batch, std::span<const std::string> contents);
     void run(const Statement& statement);
     [[noreturn]] void fail();
 
@@ -43,7 +45,7 @@ class BareDatabase {
     Statement begin_;
     Statement commit_;
     Statement addBatch_;
-    Statement addEvent_;
+    Statement addEvents_;
 };
 
 /// Whether the database holds so many batches' events, each with the values that were sent.
