@@ -52,6 +52,17 @@ Session readSession(JsonValue identity) {
     return session;
 }
 
+/// The name of an event's last value, if it has one: only what follows it must be walked through
+/// to find where the event ends.
+std::optional<std::string_view> lastNameOfValues(JsonValue event) {
+    if (!event.isObject()) {
+        return std::nullopt;
+    }
+    JsonValue values;
+    event.forEachMember([&values](std::string_view, JsonValue value) { values = value; });
+    return values.isObject() ? values.lastName() : std::nullopt;
+}
+
 }  // namespace
 
 Batch::Batch(std::string_view document)
@@ -80,7 +91,10 @@ std::vector<JudgedEvent> Batch::judge(const FindClass& findClass) const {
     EventJudge judge(findClass);
     JsonCursor text = dataText_;
     data_.forEachElement([&](JsonValue event) {
-        judged.push_back(judge.judge(judged.size(), event, text.takeElement()));
+        const auto name = lastNameOfValues(event);
+        const std::string_view characters =
+            name ? text.takeElement(json_.placeOf(*name), 2) : text.takeElement();
+        judged.push_back(judge.judge(judged.size(), event, characters));
     });
     return judged;
 }

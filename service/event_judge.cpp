@@ -86,13 +86,13 @@ JudgedEvent EventJudge::judge(std::size_t index, JsonValue event, std::string_vi
     if (const auto broken = known->rules.brokenField(record->values)) {
         return refuse(ErrorNames::kDataclassNotFollowRegisteredFormat, record->className, *broken);
     }
-    const JsonValue time = record->values.member("DT").value;
+    const JsonValue time = known->rules.time();
     if (const ErrorName fault = faultOfTime(time); !fault.empty()) {
         return refuse(fault, record->className, std::string_view("DT"));
     }
     judged.content = valuesText(text, record->index);
     judged.dataClass = known->id;
-    judged.version = record->values.member("V").value.string();
+    judged.version = known->rules.version().string();
     judged.time = time.string().value();
     return judged;
 }

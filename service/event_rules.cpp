@@ -43,11 +43,19 @@ EventRules::EventRules(const std::vector<Field>& fields) {
             continue;
         }
         Rule rule = ruleOf(field);
-        const auto [slot, isNew] = slots_.try_emplace(field.id, slots_.size());
-        rule.id = slot->first;
-        rule.slot = slot->second;
+        rule.slot = slotOf(field.id);
         rules_.push_back(rule);
     }
+    time_ = slotOf("DT");
+    version_ = slotOf("V");
+}
+
+std::size_t EventRules::slotOf(const std::string& name) {
+    const auto [slot, isNew] = slots_.try_emplace(name, slots_.size());
+    if (isNew) {
+        names_.push_back(slot->first);
+    }
+    return slot->second;
 }
 
 EventRules::Rule EventRules::ruleOf(const Field& field) {
@@ -62,31 +70,42 @@ EventRules::Rule EventRules::ruleOf(const Field& field) {
     return rule;
 }
 
-std::optional<std::string_view> EventRules::brokenField(JsonValue values) {
-    values_.assign(slots_.size(), JsonValue());
-    values.forEachMember([this](std::string_view name, JsonValue value) {
-        if (const auto slot = slots_.find(name); slot != slots_.end()) {
-            values_[slot->second] = value;
+void EventRules::readValues(JsonValue values) {
+    values_.assign(names_.size(), JsonValue());
+    // Members mostly come in the order of the fields, which saves looking for them.
+    std::size_t expected = 0;
+    values.forEachMember([this, &expected](std::string_view name, JsonValue value) {
+        if (expected == names_.size() || names_[expected] != name) {
+            const auto slot = slots_.find(name);
+            if (slot == slots_.end()) {
+                return;
+            }
+            expected = slot->second;
         }
+        values_[expected++] = value;
     });
+}
+
+std::optional<std::string_view> EventRules::brokenField(JsonValue values) {
+    readValues(values);
     // A varchar type without digits is measured by the last limit that a field before it has set.
     std::uint64_t limit = kUnlimited;
     for (const Rule& rule : rules_) {
         const JsonValue value = values_[rule.slot];
         if (rule.required && (!value || value.isNull())) {
-            return rule.id;
+            return names_[rule.slot];
         }
         if (!value) {
             continue;
         }
         if (rule.kind == Kind::kInteger && !beginsWithInteger(value)) {
-            return rule.id;
+            return names_[rule.slot];
         }
         if (rule.kind == Kind::kVarchar) {
             limit = rule.limit.value_or(limit);
             // The first and the last character, a string's quotes, are not counted.
             if (value.compactLength() > limit + 2) {
-                return rule.id;
+                return names_[rule.slot];
             }
         }
     }

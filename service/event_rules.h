@@ -32,6 +32,10 @@ class EventRules {
     ///     nothing when all are kept. Valid as long as these rules.
     std::optional<std::string_view> brokenField(JsonValue values);
 
+    /// The members "DT" and "V" of the event that was judged last; no value where there is none.
+    JsonValue time() const { return values_[time_]; }
+    JsonValue version() const { return values_[version_]; }
+
   private:
     enum class Kind { kAny, kInteger, kVarchar };
 
@@ -40,16 +44,20 @@ class EventRules {
         bool required = false;
         /// The limit that a varchar type's digits set; nothing when it has no digits.
         std::optional<std::uint64_t> limit;
-        /// Borrowed from `slots_`, whose keys stay where they are when the rules are moved.
-        std::string_view id;
-        /// Where the field's value is put; fields of one identifier share one value.
+        /// The place of the field's name and value; fields of one identifier share one.
         std::size_t slot = 0;
     };
 
     static Rule ruleOf(const Field& field);
+    std::size_t slotOf(const std::string& name);
+    void readValues(JsonValue values);
 
     std::map<std::string, std::size_t, std::less<>> slots_;
+    /// Borrowed from `slots_`, whose keys stay where they are when the rules are moved.
+    std::vector<std::string_view> names_;
     std::vector<Rule> rules_;
+    std::size_t time_ = 0;
+    std::size_t version_ = 0;
     std::vector<JsonValue> values_;
 };
 

@@ -1,30 +1,37 @@
 #include "service/json.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <map>
 #include <new>
 #include <stdexcept>
 #include <string>
 
 #include "service/error_name.h"
-#include "service/json_text.h"
 
 namespace Orvel::Service {
 
 namespace {
 
+/// How many UTF-16 code units a byte of a string stands for when it is written compactly: a
+/// character of more bytes counts with its first one.
+constexpr std::array<std::uint8_t, 256> kUnits = [] {
+    std::array<std::uint8_t, 256> units{};
+    for (std::size_t byte = 0; byte < units.size(); ++byte) {
+        const bool follows = byte >= 0x80 && byte < 0xC0;
+        units[byte] = byte < 0x20 ? 6 : follows ? 0 : byte < 0xF0 ? 1 : 2;
+    }
+    for (const char escaped : {'"', '\\', '\b', '\f', '\n', '\r', '\t'}) {
+        units[static_cast<unsigned char>(escaped)] = 2;
+    }
+    return units;
+}();
+
 std::size_t escapedLength(std::string_view characters) {
     std::size_t units = 0;
     for (const char character : characters) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte >= 0xF0) {
-            units += 2;
-        } else if (byte >= 0x80 && byte < 0xC0) {
-            continue;
-        } else if (byte >= 0x20) {
-            units += (byte == '"' || byte == '\\') ? 2U : 1U;
-        } else {
-            units += hasShortEscape(character) ? 2U : 6U;
-        }
+        units += kUnits[static_cast<unsigned char>(character)];
     }
     return units;
 }
@@ -41,6 +48,12 @@ JsonValue::Member JsonValue::member(std::string_view name) const {
         ++index;
     });
     return found;
+}
+
+std::optional<std::string_view> JsonValue::lastName() const {
+    std::optional<std::string_view> last;
+    forEachMember([&last](std::string_view name, JsonValue) { last = name; });
+    return last;
 }
 
 std::size_t JsonValue::compactLength() const {
@@ -67,31 +80,44 @@ std::size_t JsonValue::compactLength() const {
     return yyjson_is_false(value_) ? 5 : 4;
 }
 
-JsonDocument::Handle JsonDocument::read(std::string_view text) {
+bool JsonValue::nestsDeeper(std::size_t levels) const {
+    if (!isObject() && !isArray()) {
+        return false;
+    }
+    if (levels == 0) {
+        return true;
+    }
+    bool deeper = false;
+    const auto look = [&deeper, levels](JsonValue value) {
+        deeper = deeper || value.nestsDeeper(levels - 1);
+    };
+    forEachElement(look);
+    forEachMember([&look](std::string_view, JsonValue value) { look(value); });
+    return deeper;
+}
+
+JsonDocument::JsonDocument(std::string_view text)
+    : text_(std::make_unique_for_overwrite<char[]>(text.size() + YYJSON_PADDING_SIZE)) {
+    std::fill_n(std::copy(text.begin(), text.end(), text_.get()), YYJSON_PADDING_SIZE, '\0');
     yyjson_read_err error{};
-    // The engine takes a pointer to characters that it may write to only when it is asked to read
-    // in place, which it is not.
-    Handle document(yyjson_read_opts(const_cast<char*>(text.data()), text.size(),
-                                     YYJSON_READ_NUMBER_AS_RAW, nullptr, &error));
-    if (!document && error.code == YYJSON_READ_ERROR_MEMORY_ALLOCATION) {
+    document_.reset(yyjson_read_opts(
+        text_.get(), text.size(), YYJSON_READ_INSITU | YYJSON_READ_NUMBER_AS_RAW, nullptr, &error));
+    if (!document_ && error.code == YYJSON_READ_ERROR_MEMORY_ALLOCATION) {
         throw std::bad_alloc();
     }
-    return document;
 }
 
 JsonDocument JsonDocument::parseObject(std::string_view text) {
-    if (nestsDeeper(text, kDeepestJson)) {
-        throw Refusal(ErrorNames::kMalformedJson);
-    }
-    JsonDocument document(read(text));
-    if (!document.root().isObject()) {
+    // The engine reads any depth without recursion; what walks the values does not.
+    JsonDocument document(text);
+    if (!document.root().isObject() || document.root().nestsDeeper(kDeepestJson)) {
         throw Refusal(ErrorNames::kMalformedJson);
     }
     return document;
 }
 
 JsonDocument JsonDocument::parseOwn(std::string_view text) {
-    JsonDocument document(read(text));
+    JsonDocument document(text);
     if (!document.root()) {
         throw std::runtime_error("a stored JSON text cannot be read");
     }

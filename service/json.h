@@ -65,9 +65,15 @@ class JsonValue {
     /// The member of that name that counts; its value is no value when there is none.
     Member member(std::string_view name) const;
 
+    /// The name that is written last; nothing when there are no members or the value is no object.
+    std::optional<std::string_view> lastName() const;
+
     /// How many UTF-16 code units the value has when it is written compactly: no blanks, only what
     /// must be escaped escaped (and in its short form where there is one), duplicates dropped.
     std::size_t compactLength() const;
+
+    /// Whether it has more than so many levels of objects and arrays, its own included.
+    bool nestsDeeper(std::size_t levels) const;
 
   private:
     /// A string and a number as written are kept alike.
@@ -96,15 +102,23 @@ class JsonDocument {
 
     JsonValue root() const { return JsonValue(yyjson_doc_get_root(document_.get())); }
 
+    /// The place in the text of the first of a string's characters, which a value of this document
+    /// has given.
+    std::size_t placeOf(std::string_view characters) const {
+        return static_cast<std::size_t>(characters.data() - text_.get());
+    }
+
   private:
     struct Free {
         void operator()(yyjson_doc* document) const { yyjson_doc_free(document); }
     };
     using Handle = std::unique_ptr<yyjson_doc, Free>;
 
-    explicit JsonDocument(Handle document) : document_(std::move(document)) {}
-    static Handle read(std::string_view text);
+    explicit JsonDocument(std::string_view text);
 
+    /// A copy of the text, in which the engine puts the strings' characters where they were
+    /// written.
+    std::unique_ptr<char[]> text_;
     Handle document_;
 };
 

@@ -10,24 +10,26 @@ bool isBlank(char character) {
 
 /// The place after a string whose opening quote is at `position`; the text's end when it is open.
 std::size_t endOfString(std::string_view text, std::size_t position) {
-    for (++position; position < text.size(); ++position) {
-        if (text[position] == '\\') {
-            ++position;
-        } else if (text[position] == '"') {
-            return position + 1;
+    for (++position;;) {
+        const std::size_t quote = text.find('"', position);
+        if (quote == std::string_view::npos) {
+            return text.size();
         }
+        std::size_t escape = quote;
+        while (escape > position && text[escape - 1] == '\\') {
+            --escape;
+        }
+        // Of the backslashes before it, each second one is escaped by the one before.
+        if ((quote - escape) % 2 == 0) {
+            return quote + 1;
+        }
+        position = quote + 1;
     }
-    return text.size();
 }
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
 }  // namespace
-
-bool hasShortEscape(char character) {
-    return character == '\b' || character == '\f' || character == '\n' || character == '\r' ||
-           character == '\t';
-}
 
 void appendJsonCharacter(std::string& out, char character) {
     const auto byte = static_cast<unsigned char>(character);
@@ -71,30 +73,6 @@ void appendJsonString(std::string& out, std::string_view characters) {
     out += '"';
 }
 
-bool nestsDeeper(std::string_view text, std::size_t limit) {
-    std::size_t depth = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        switch (text[i]) {
-            case '"':
-                i = endOfString(text, i) - 1;
-                break;
-            case '{':
-            case '[':
-                if (++depth > limit) {
-                    return true;
-                }
-                break;
-            case '}':
-            case ']':
-                depth -= depth > 0 ? 1 : 0;
-                break;
-            default:
-                break;
-        }
-    }
-    return false;
-}
-
 void JsonCursor::skipBlanks() {
     while (position_ < text_.size() && isBlank(text_[position_])) {
         ++position_;
@@ -103,8 +81,7 @@ void JsonCursor::skipBlanks() {
 
 void JsonCursor::skipString() { position_ = endOfString(text_, position_); }
 
-void JsonCursor::skipValue() {
-    std::size_t depth = 0;
+void JsonCursor::skipValue(std::size_t depth) {
     while (position_ < text_.size()) {
         const char character = text_[position_];
         if (character == '"') {
@@ -158,12 +135,25 @@ std::string_view JsonCursor::takeElement() {
     const std::size_t begin = position_;
     skipValue();
     const std::string_view element = text_.substr(begin, position_ - begin);
+    skipComma();
+    return element;
+}
+
+std::string_view JsonCursor::takeElement(std::size_t string, std::size_t depth) {
+    const std::size_t begin = position_;
+    position_ = endOfString(text_, string - 1);
+    skipValue(depth);
+    const std::string_view element = text_.substr(begin, position_ - begin);
+    skipComma();
+    return element;
+}
+
+void JsonCursor::skipComma() {
     skipBlanks();
     if (position_ < text_.size() && text_[position_] == ',') {
         ++position_;
         skipBlanks();
     }
-    return element;
 }
 
 }  // namespace Orvel::Service

@@ -11,17 +11,11 @@
 
 namespace Orvel::Service {
 
-/// Whether a character has an escape of two characters, other than the quote and the backslash.
-bool hasShortEscape(char character);
-
 /// Appends one character of a string, escaped when it must be. Bytes of UTF-8 pass as they are.
 void appendJsonCharacter(std::string& out, char character);
 
 /// Appends a string with its quotes, escaping what must be escaped.
 void appendJsonString(std::string& out, std::string_view characters);
-
-/// Whether objects and arrays nest deeper than `limit` levels. The text may be any text.
-bool nestsDeeper(std::string_view text, std::size_t limit);
 
 /// Walks a text that is known to be well-formed JSON.
 class JsonCursor {
@@ -42,13 +36,19 @@ class JsonCursor {
     /// it, or on the array's end.
     std::string_view takeElement();
 
+    /// The same, when it is known where the characters of a string in the value begin, and how many
+    /// objects and arrays of the value are around it: what stands before it is not looked at.
+    std::string_view takeElement(std::size_t string, std::size_t depth);
+
     /// Everything from the value on.
     std::string_view rest() const { return text_.substr(position_); }
 
   private:
     void skipBlanks();
     void skipString();
-    void skipValue();
+    /// Goes to the end of the value, from a place in it with so many objects and arrays around.
+    void skipValue(std::size_t depth = 0);
+    void skipComma();
 
     std::string_view text_;
     std::size_t position_;

@@ -1,8 +1,11 @@
 #include "service/store.h"
 
+#include <exception>
 #include <mutex>
 
+#include "service/batch_table.h"
 #include "service/consent_table.h"
+#include "service/gathering.h"
 #include "service/schema.h"
 #include "service/time_ordered_ids.h"
 
@@ -21,6 +24,12 @@ Database openDatabase(const std::filesystem::path& file) {
     return database;
 }
 
+Database openReader(const std::filesystem::path& file) {
+    Database database(file, Database::Access::kReadOnly);
+    database.execute("PRAGMA busy_timeout = 5000");
+    return database;
+}
+
 std::int64_t lastId(const Database& database) {
     Statement statement(database, R"sql(
         SELECT max((SELECT coalesce(max(id), 0) FROM batch),
@@ -32,12 +41,24 @@ std::int64_t lastId(const Database& database) {
     return statement.integer(0);
 }
 
+/// A batch that somebody waits for to be stored.
+struct IncomingBatch {
+    const Session& session;
+    std::uint32_t peerUser;
+    const std::vector<JudgedEvent>& events;
+    /// Why it was not stored, if it was not.
+    std::exception_ptr failure;
+};
+
 }  // namespace
 
 class Store::Impl {
   public:
     Impl(const std::filesystem::path& file, Clock clock)
-        : clock_(std::move(clock)), database_(openDatabase(file)), ids_(lastId(database_)) {}
+        : clock_(std::move(clock)),
+          database_(openDatabase(file)),
+          reader_(openReader(file)),
+          ids_(lastId(database_)) {}
 
     Registered registerClass(std::string_view application, const DataClass& dataClass);
     std::optional<StoredClass> latestClass(std::string_view application,
@@ -50,12 +71,22 @@ class Store::Impl {
 
   private:
     std::int64_t applicationId(std::string_view name);
-    void addEvent(const JudgedEvent& event, std::int64_t batch, std::chrono::milliseconds now);
+    void storeBatches(const std::vector<IncomingBatch*>& batches);
+    bool storeTogether(const std::vector<IncomingBatch*>& batches);
+    void storeAlone(IncomingBatch& batch);
+    void insert(const IncomingBatch& batch);
 
-    std::mutex mutex_;
     Clock clock_;
+    /// Held by who uses the connection that writes, and what belongs to it.
+    std::mutex writing_;
     Database database_;
+    /// Held by who uses the connection that reads, which waits for no transaction.
+    std::mutex reading_;
+    Database reader_;
     TimeOrderedIds ids_;
+    /// A commit waits for the disk, however much it commits.
+    Gathering<IncomingBatch> incoming_{
+        [this](const std::vector<IncomingBatch*>& batches) { storeBatches(batches); }};
 
     Statement findApplication_{database_, "SELECT id FROM application WHERE name = ?1"};
     Statement addApplication_{database_,
@@ -70,15 +101,12 @@ class Store::Impl {
         ON CONFLICT(application_id, identifier, version) DO UPDATE SET
             name = excluded.name, last_registered = excluded.last_registered,
             registration = excluded.registration)sql"};
-    Statement findLatest_{database_, R"sql(
+    Statement findLatest_{reader_, R"sql(
         SELECT data_class.id, fields
         FROM data_class JOIN application ON application.id = application_id
         WHERE application.name = ?1 AND identifier = ?2
         ORDER BY registration DESC LIMIT 1)sql"};
-    Statement addBatch_{database_, R"sql(
-        INSERT INTO batch VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12))sql"};
-    Statement addEvent_{database_, "INSERT INTO event VALUES(?1, ?2, ?3, ?4, ?5, ?6)"};
-    Statement addRefused_{database_, "INSERT INTO refused_event VALUES(?1, ?2, ?3, ?4, ?5, ?6)"};
+    BatchTable batches_{database_};
     Statement addConsent_{database_,
                           "INSERT INTO consent_change VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"};
 };
@@ -92,7 +120,7 @@ std::int64_t Store::Impl::applicationId(std::string_view name) {
 
 Registered Store::Impl::registerClass(std::string_view application, const DataClass& dataClass) {
     const std::string fields = fieldsText(dataClass.fields);
-    const std::scoped_lock lock(mutex_);
+    const std::scoped_lock lock(writing_);
     const std::chrono::milliseconds now = clock_();
     Transaction transaction(database_);
     const std::int64_t owner = applicationId(application);
@@ -117,7 +145,7 @@ Registered Store::Impl::registerClass(std::string_view application, const DataCl
 
 std::optional<StoredClass> Store::Impl::latestClass(std::string_view application,
                                                     std::string_view identifier) {
-    const std::scoped_lock lock(mutex_);
+    const std::scoped_lock lock(reading_);
     const StatementUse use(findLatest_);
     if (!findLatest_.bind(1, application).bind(2, identifier).step()) {
         return std::nullopt;
@@ -125,52 +153,62 @@ std::optional<StoredClass> Store::Impl::latestClass(std::string_view application
     return StoredClass{findLatest_.integer(0), readFieldsText(findLatest_.text(1))};
 }
 
-void Store::Impl::addEvent(const JudgedEvent& event, std::int64_t batch,
-                           std::chrono::milliseconds now) {
-    const bool good = event.error.empty();
-    Statement& statement = good ? addEvent_ : addRefused_;
-    statement.bind(1, ids_.next(now)).bind(2, batch);
-    if (good) {
-        statement.bind(3, event.dataClass).bindOptional(4, event.version).bind(5, event.time);
-    } else {
-        statement.bindOptional(3, event.className).bind(4, event.error).bind(5, event.path);
-    }
-    statement.bind(6, event.content).run();
-}
-
 void Store::Impl::addBatch(const Session& session, std::uint32_t peerUser,
                            const std::vector<JudgedEvent>& events) {
-    const std::scoped_lock lock(mutex_);
-    const std::chrono::milliseconds now = clock_();
-    Transaction transaction(database_);
-    const std::int64_t batch = ids_.next(now);
-    addBatch_.bind(1, batch)
-        .bind(2, applicationId(session.application))
-        .bind(3, now.count())
-        .bind(4, peerUser)
-        .bind(5, session.versionTag)
-        .bind(6, session.started)
-        .bind(7, session.applicationVersion)
-        .bind(8, session.id)
-        .bind(9, session.counter)
-        .bind(10, session.user)
-        .bind(11, session.device)
-        .bind(12, session.environment)
-        .run();
-    for (const JudgedEvent& event : events) {
-        addEvent(event, batch, now);
+    IncomingBatch batch{session, peerUser, events, nullptr};
+    incoming_.run(batch);
+    if (batch.failure) {
+        std::rethrow_exception(batch.failure);
     }
-    transaction.commit();
+}
+
+void Store::Impl::storeBatches(const std::vector<IncomingBatch*>& batches) {
+    const std::scoped_lock lock(writing_);
+    if (batches.size() > 1 && storeTogether(batches)) {
+        return;
+    }
+    // One that cannot be stored must not keep the others from it.
+    for (IncomingBatch* batch : batches) {
+        storeAlone(*batch);
+    }
+}
+
+bool Store::Impl::storeTogether(const std::vector<IncomingBatch*>& batches) {
+    try {
+        Transaction transaction(database_);
+        for (const IncomingBatch* batch : batches) {
+            insert(*batch);
+        }
+        transaction.commit();
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+void Store::Impl::storeAlone(IncomingBatch& batch) {
+    try {
+        Transaction transaction(database_);
+        insert(batch);
+        transaction.commit();
+    } catch (...) {
+        batch.failure = std::current_exception();
+    }
+}
+
+void Store::Impl::insert(const IncomingBatch& batch) {
+    const Receipt receipt{clock_(), batch.peerUser, applicationId(batch.session.application)};
+    batches_.add(receipt, batch.session, batch.events, ids_);
 }
 
 std::optional<GivenConsent> Store::Impl::consent() {
-    const std::scoped_lock lock(mutex_);
-    return lastConsent(database_);
+    const std::scoped_lock lock(reading_);
+    return lastConsent(reader_);
 }
 
 void Store::Impl::setConsent(std::string_view application, std::uint32_t peerUser,
                              const Permissions& permissions) {
-    const std::scoped_lock lock(mutex_);
+    const std::scoped_lock lock(writing_);
     const std::chrono::milliseconds now = clock_();
     Transaction transaction(database_);
     addConsent_.bind(1, ids_.next(now))

@@ -63,7 +63,9 @@ enum class Registered {
 /// The service's data, in one SQLite database. Whatever an operation has written is durable when it
 /// returns, and an operation that throws has written nothing.
 ///
-/// Any thread; operations wait for each other. They block on the disk.
+/// Any thread. What writes blocks on the disk and waits for its turn; batches that wait at the same
+/// time share a transaction, and those that can be stored are stored whatever becomes of the
+/// others. What only reads waits for no writing.
 class Store {
   public:
     /// Opens the database, or makes a new one.

@@ -1,5 +1,6 @@
 #include "service/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -10,25 +11,38 @@ namespace {
 bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
-void appendBytes(std::string& out, std::uint32_t point) {
+/// Texts are converted by blocks of this many code units, most of which are ASCII alone.
+constexpr std::size_t kBlock = 32;
+
+bool isAsciiBlock(const WideChar* units) {
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+        bits |= units[i];
+    }
+    return bits < 0x80;
+}
+
+/// Writes one character. @return the place after it.
+char* writeBytes(char* out, std::uint32_t point) {
     const auto trail = [point](unsigned shift) {
         return static_cast<char>(0x80 | ((point >> shift) & 0x3F));
     };
     if (point < 0x80) {
-        out += static_cast<char>(point);
+        *out++ = static_cast<char>(point);
     } else if (point < 0x800) {
-        out += static_cast<char>(0xC0 | (point >> 6));
-        out += trail(0);
+        *out++ = static_cast<char>(0xC0 | (point >> 6));
+        *out++ = trail(0);
     } else if (point < 0x10000) {
-        out += static_cast<char>(0xE0 | (point >> 12));
-        out += trail(6);
-        out += trail(0);
+        *out++ = static_cast<char>(0xE0 | (point >> 12));
+        *out++ = trail(6);
+        *out++ = trail(0);
     } else {
-        out += static_cast<char>(0xF0 | (point >> 18));
-        out += trail(12);
-        out += trail(6);
-        out += trail(0);
+        *out++ = static_cast<char>(0xF0 | (point >> 18));
+        *out++ = trail(12);
+        *out++ = trail(6);
+        *out++ = trail(0);
     }
+    return out;
 }
 
 /// How many bytes a character has whose first one this is; 0 when it is no first one.
@@ -72,19 +86,32 @@ std::optional<Character> firstCharacter(std::string_view text) {
 std::optional<std::string> toUtf8(WideStringView text) {
     std::string out;
     out.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        std::uint32_t point = text[i];
-        if (isLowSurrogate(point)) {
-            return std::nullopt;
+    std::array<char, 4 * kBlock> block;
+    for (std::size_t i = 0; i < text.size();) {
+        if (i + kBlock <= text.size() && isAsciiBlock(&text[i])) {
+            for (std::size_t unit = 0; unit < kBlock; ++unit) {
+                block[unit] = static_cast<char>(text[i + unit]);
+            }
+            out.append(block.data(), kBlock);
+            i += kBlock;
+            continue;
         }
-        if (isHighSurrogate(point)) {
-            if (i + 1 == text.size() || !isLowSurrogate(text[i + 1])) {
+        char* end = block.data();
+        for (const std::size_t next = std::min(i + kBlock, text.size()); i < next; ++i) {
+            std::uint32_t point = text[i];
+            if (isLowSurrogate(point)) {
                 return std::nullopt;
             }
-            ++i;
-            point = 0x10000 + ((point - 0xD800) << 10) + (std::uint32_t{text[i]} - 0xDC00);
+            if (isHighSurrogate(point)) {
+                if (i + 1 == text.size() || !isLowSurrogate(text[i + 1])) {
+                    return std::nullopt;
+                }
+                ++i;
+                point = 0x10000 + ((point - 0xD800) << 10) + (std::uint32_t{text[i]} - 0xDC00);
+            }
+            end = writeBytes(end, point);
         }
-        appendBytes(out, point);
+        out.append(block.data(), end);
     }
     return out;
 }

@@ -359,6 +359,39 @@ TEST_F(ConversationTest, RefusesEventsThatAreNotOneClassWithItsValues) {
     }
 }
 
+TEST_F(ConversationTest, StoresEventsOfEveryShapeCharacterForCharacter) {
+    connectAndRegister(json::array());
+    const std::string begin = R"("DT":"20240131T235959")";
+    const std::vector<std::string> values = {"{" + begin + "}",
+                                             "{" + begin + R"(,"x":{"y":[{},"]}"]}})",
+                                             "{" + begin + R"( , "\"}\\" : [ ] })",
+                                             "{" + begin + R"(,"":"\\"})",
+                                             "{" + begin + R"(,"x":{}})",
+                                             "{" + begin + ",\"\u4E2D\\u0000\":-1.5e3\n}",
+                                             R"({"x":{"}":"{"}, )" + begin + " }"};
+    std::string data;
+    std::vector<Seen> expected;
+    for (const std::string& value : values) {
+        data += (data.empty() ? "" : " ,") + R"({ "Evt" :)"s + value + "}";
+        expected.push_back({"Evt", "", "", value});
+    }
+    EXPECT_EQ(collect(batch(data)), "MyApp::SUCCESS::");
+    EXPECT_EQ(stored(), expected);
+}
+
+TEST_F(ConversationTest, StoresBadEventsOfEveryShapeBetweenGoodOnes) {
+    connectAndRegister(json::array());
+    const std::vector<std::string> bad = {R"({"Evt":{}})", R"({"Evt":{ "x" : "\"}" } })",
+                                          R"({"Other":{"x":{"y":{}}}})", "[{}]",
+                                          R"({"Evt":{},"E":{}})"};
+    for (const std::string& event_ : bad) {
+        collect(batch(event("") + " , " + event_ + " , " + event("")));
+        const auto events = stored();
+        EXPECT_EQ(events[events.size() - 2].content, event_);
+        EXPECT_EQ(events.back().content, R"({"DT":"20240131T235959","V":"1.0"})");
+    }
+}
+
 TEST_F(ConversationTest, LastOfTwoEqualMembersIsTheOneThatIsReadAndStored) {
     connectAndRegister(json::array({field("count", "integer")}));
     const std::string last = R"({"count":"x","count":2,"DT":"","DT":"20240131T235959"})";

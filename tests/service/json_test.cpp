@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "service/error_name.h"
 #include "service/json_path.h"
@@ -113,6 +114,34 @@ TEST(JsonTest, CursorEntersAMemberBehindValuesOfEveryKind) {
     cursor.enterMember(4);
     cursor.enterArray();
     EXPECT_EQ(cursor.takeElement(), "9");
+}
+
+TEST(JsonTest, CursorGoesOnFromAStringInAnElement) {
+    const std::string first = R"({ "k" : "}" , "a\"\u0062" : { "x":["]",1] , "l\\" : [{}] } })";
+    const std::string second = R"({"k":{"b":"\\"}})";
+    const std::string text = R"({"\u006cist":[ )" + first + " , " + second + " ,3]}";
+    const JsonDocument document = JsonDocument::parseObject(text);
+    JsonCursor cursor(text);
+    cursor.enterMember(0);
+    cursor.enterArray();
+    std::vector<JsonValue> elements;
+    document.root().member("list").value.forEachElement(
+        [&elements](JsonValue element) { elements.push_back(element); });
+    const auto placeOfLastName = [&](JsonValue object) {
+        return document.placeOf(object.lastName().value());
+    };
+    EXPECT_EQ(cursor.takeElement(placeOfLastName(elements[0].member("a\"b").value), 2), first);
+    EXPECT_EQ(cursor.takeElement(placeOfLastName(elements[1]), 1), second);
+    EXPECT_EQ(cursor.takeElement(), "3");
+}
+
+TEST(JsonTest, OnlyAnObjectWithMembersHasALastName) {
+    const JsonDocument document =
+        JsonDocument::parseObject(R"({"none":{},"list":["a"],"one":{"\u0000":1,"a":2,"b":{}}})");
+    EXPECT_EQ(document.root().member("none").value.lastName(), std::nullopt);
+    EXPECT_EQ(document.root().member("list").value.lastName(), std::nullopt);
+    EXPECT_EQ(document.root().member("one").value.lastName(), "b");
+    EXPECT_EQ(document.root().lastName(), "one");
 }
 
 TEST(JsonTest, StringsAreWrittenWithOnlyTheEscapesThatMustBe) {

@@ -15,6 +15,30 @@ TEST(TextTest, ConvertsEveryLengthOfUtf8) {
               "\u007F\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF");
 }
 
+TEST(TextTest, ConvertsEveryCharacterWhereverItStands) {
+    for (std::size_t before = 0; before < 100; ++before) {
+        const std::string ascii(before, 'a');
+        const WideString wideAscii(before, u'a');
+        const std::string after(100 - before, 'z');
+        const WideString wideAfter(100 - before, u'z');
+        EXPECT_EQ(toUtf8(wideAscii + u"\u0080\u4E2D\U0001F600" + wideAfter),
+                  ascii + "\u0080\u4E2D\U0001F600" + after);
+        EXPECT_EQ(toUtf8(wideAscii + WideString{0xD800} + wideAfter), std::nullopt);
+        EXPECT_EQ(toUtf8(wideAscii + WideString{0xDC00} + wideAfter), std::nullopt);
+        EXPECT_EQ(toUtf8(wideAscii + WideString{0xD800}), std::nullopt);
+    }
+}
+
+TEST(TextTest, ConvertsLongTextsOfEveryWidth) {
+    for (const std::string character : {"a", "\u07FF", "\uFFFF", "\U0010FFFF"}) {
+        std::string text;
+        for (int i = 0; i < 1000; ++i) {
+            text += character;
+        }
+        EXPECT_EQ(toUtf8(wide(text)), text);
+    }
+}
+
 TEST(TextTest, KeepsNulCharacters) { EXPECT_EQ(toUtf8(u"a\0b"s), "a\0b"s); }
 
 TEST(TextTest, RefusesUnpairedSurrogates) {
