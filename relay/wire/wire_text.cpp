@@ -45,7 +45,7 @@ std::span<std::byte> IncomingText::room() {
     if (arrived_ == held) {
         const std::size_t wanted = std::min(length_, held + std::clamp(held, kFirstStep, kStep));
         if (wanted > text_.capacity() * sizeof(WideChar)) {
-            text_.reserve(std::min(length_, kReserved * wanted) / sizeof(WideChar));
+            text_.reserve(std::min(length_, std::max(wanted, kReserved * held)) / sizeof(WideChar));
         }
         text_.resize(wanted / sizeof(WideChar));
     }
