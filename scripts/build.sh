@@ -1,6 +1,10 @@
 # shellcheck shell=bash
 # Building, testing and checking the code. Sourced by dev.
 
+# What ccache needs to be told for sources with precompiled headers (its manual, "Precompiled
+# headers").
+export CCACHE_SLOPPINESS=pch_defines,time_macros
+
 # buildPreset PRESET [TARGET...]
 buildPreset() {
     local preset=$1 launcher='' targets=()

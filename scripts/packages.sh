@@ -2,9 +2,9 @@
 # Installs the packages of the system that a command needs. Sourced by dev.
 
 buildPackages=(
-    build-essential ccache cmake jq libasio-dev libcli11-dev libfmt-dev libgmock-dev libgtest-dev
-    libsqlite3-dev libtomlplusplus-dev libyyjson-dev ninja-build nlohmann-json3-dev pkg-config
-    zlib1g-dev
+    build-essential ccache cmake jq libasio-dev libbenchmark-dev libcli11-dev libfmt-dev
+    libgmock-dev libgtest-dev libsqlite3-dev libtomlplusplus-dev libyyjson-dev ninja-build
+    nlohmann-json3-dev pkg-config zlib1g-dev
 )
 lintPackages=(clang-format clang-tidy git shellcheck)
 

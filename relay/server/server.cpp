@@ -1,37 +1,34 @@
 #include "orvel/relay/server.h"
 
-#include <asio/co_spawn.hpp>
+#include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
-#include <asio/local/stream_protocol.hpp>
 #include <asio/post.hpp>
-#include <asio/redirect_error.hpp>
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
-#include <asio/thread_pool.hpp>
-#include <asio/use_awaitable.hpp>
 #include <errno.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <exception>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
-#include <unordered_set>
 #include <utility>
 
 #include "orvel/relay/rpc_client.h"
+#include "relay/server/alarm.h"
 #include "relay/server/descriptor.h"
 #include "relay/server/listening_socket.h"
 #include "relay/server/session.h"
+#include "relay/server/workers.h"
 #include "relay/wire/endpoint.h"
 #include "relay/wire/frame.h"
 
 namespace Orvel::Relay::Server {
 namespace {
-
-using Protocol = asio::local::stream_protocol;
 
 // Descriptors come back when connections end: until then there is no use in trying.
 constexpr std::chrono::milliseconds kPauseWithoutDescriptors{100};
@@ -59,46 +56,44 @@ void refuse(const Descriptor& client, std::int32_t status) {
 
 }  // namespace
 
+// The thread that runs the server keeps the time and hears signals; all else is the workers'.
 class Server::Impl {
   public:
     Impl(const std::filesystem::path& path, ConversationFactory factory, const Options& options)
-        : factory_(std::move(factory)),
-          options_(checked(options)),
-          listening_(path, options_.socketMode),
-          acceptor_(io_, Protocol(), listening_.release()) {}
+        : listening_(path, checked(options).socketMode),
+          door_(listening_.release()),
+          service_{std::move(factory), options, alarm_} {}
 
     void run();
     void stop();
     void stopOnSignals();
 
   private:
-    asio::awaitable<void> acceptClients();
+    void takeClientIn();
     void admit(Descriptor client);
-    void serve(Descriptor client);
+    void watchDoorLater();
+    void lookAtSessions();
     void beginToStop();
+    void endWhenStopped();
 
-    ConversationFactory factory_;
-    Options options_;
     ListeningSocket listening_;
     asio::io_context io_{1};
-    Protocol::acceptor acceptor_;
+    Descriptor door_;
     asio::steady_timer pause_{io_};
     asio::signal_set signals_{io_};
-    std::optional<Service> service_;
-    std::unordered_set<std::shared_ptr<Session>> sessions_;
-    bool stopping_ = false;
+    Alarm alarm_{io_, [this] { lookAtSessions(); }};
+    Service service_;
+    std::atomic<bool> stopping_ = false;
+    std::optional<Workers> workers_;
 };
 
 void Server::Impl::run() {
-    asio::thread_pool workers(options_.workers);
-    service_.emplace(Service{factory_, options_, workers});
-    asio::co_spawn(io_, acceptClients(), [](const std::exception_ptr& failure) {
-        if (failure) {
-            std::rethrow_exception(failure);
-        }
-    });
+    workers_.emplace(door_.get(), service_.options.workers, service_.options.connections,
+                     Workers::Events{[this] { takeClientIn(); }, [this] { endWhenStopped(); }});
+    workers_->watchDoor();
+    const auto untilStopped = asio::make_work_guard(io_);
     io_.run();
-    workers.join();
+    workers_.reset();
 }
 
 void Server::Impl::stop() {
@@ -115,62 +110,71 @@ void Server::Impl::stopOnSignals() {
     });
 }
 
-// The loop of `run` ends by itself when nothing is left to wait for.
 void Server::Impl::beginToStop() {
     stopping_ = true;
-    std::error_code ignored;
-    acceptor_.close(ignored);
     listening_.removeFile();
+    // Whoever has come and not been taken in is turned away by the thread that this wakes.
+    ::shutdown(door_.get(), SHUT_RDWR);
+    std::error_code ignored;
     pause_.cancel();
     signals_.cancel(ignored);
-    for (const std::shared_ptr<Session>& session : sessions_) {
-        session->stop();
+    if (workers_->stop() == 0) {
+        endWhenStopped();
     }
 }
 
-asio::awaitable<void> Server::Impl::acceptClients() {
-    while (!stopping_) {
-        std::error_code error;
-        co_await acceptor_.async_wait(Protocol::acceptor::wait_read,
-                                      asio::redirect_error(asio::use_awaitable, error));
-        while (!stopping_) {
-            Descriptor client(::accept4(acceptor_.native_handle(), nullptr, nullptr,
-                                        SOCK_CLOEXEC | SOCK_NONBLOCK));
-            if (client.get() >= 0) {
-                admit(std::move(client));
-            } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
-                pause_.expires_after(kPauseWithoutDescriptors);
-                co_await pause_.async_wait(asio::redirect_error(asio::use_awaitable, error));
-            } else if (errno != EINTR && errno != ECONNABORTED) {
-                break;
-            }
-        }
+// Called when there are no sessions, by whichever thread ended the last one.
+void Server::Impl::endWhenStopped() {
+    if (stopping_) {
+        io_.stop();
+    }
+}
+
+void Server::Impl::lookAtSessions() { workers_->look(Alarm::Clock::now()); }
+
+// On a worker. The door is watched again before the client is served, so that it keeps nobody else
+// waiting.
+void Server::Impl::takeClientIn() {
+    Descriptor client(::accept4(door_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    const int error = errno;
+    if (client.get() < 0 && stopping_) {
+        return;
+    }
+    if (client.get() < 0 &&
+        (error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM)) {
+        watchDoorLater();
+        return;
+    }
+    workers_->watchDoor();
+    if (client.get() >= 0) {
+        admit(std::move(client));
+    }
+}
+
+void Server::Impl::watchDoorLater() {
+    try {
+        asio::post(io_, [this] {
+            pause_.expires_after(kPauseWithoutDescriptors);
+            pause_.async_wait([this](std::error_code error) {
+                if (!error) {
+                    workers_->watchDoor();
+                }
+            });
+        });
+    } catch (const std::bad_alloc&) {
+        workers_->watchDoor();
     }
 }
 
 void Server::Impl::admit(Descriptor client) {
-    if (sessions_.size() >= options_.connections) {
-        refuse(client, Status::kServerTooBusy);
-        return;
-    }
     try {
-        serve(std::move(client));
+        if (!workers_->serve(client, service_) && !stopping_) {
+            refuse(client, Status::kServerTooBusy);
+        }
     } catch (const std::exception&) {
-        // No memory or descriptor for this client: it finds its connection closed, and the others
-        // are none the worse.
+        // No memory for this client: it finds its connection closed, and the others are none the
+        // worse.
     }
-}
-
-void Server::Impl::serve(Descriptor client) {
-    Protocol::socket socket(io_);
-    socket.assign(Protocol(), client.get());
-    client.release();
-    const auto session = std::make_shared<Session>(std::move(socket), *service_);
-    sessions_.insert(session);
-    asio::co_spawn(io_, session->run(), [this, session](const std::exception_ptr&) {
-        // Whatever a conversation threw ends with its connection.
-        sessions_.erase(session);
-    });
 }
 
 Server::Server(const std::filesystem::path& socket, ConversationFactory factory, Options options)

@@ -1,13 +1,11 @@
 #include "relay/server/session.h"
 
-#include <asio/buffer.hpp>
-#include <asio/post.hpp>
-#include <asio/redirect_error.hpp>
-#include <asio/use_awaitable.hpp>
 #include <errno.h>
 #include <sys/socket.h>
+#include <sys/uio.h>
 
 #include <algorithm>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -19,6 +17,22 @@ namespace {
 using Wire::FrameHeader;
 using Wire::FrameType;
 using Wire::kHeaderSize;
+using Clock = Alarm::Clock;
+
+// After that much, a client that sends without a pause lets others take their turn.
+constexpr std::size_t kMostAtATime = std::size_t{4} * 1024 * 1024;
+
+// How long a thread waits for a client that has just been heard. Whoever has more to say says it
+// within less; whoever has not costs the thread no more than this, or a tick of the system's clock.
+constexpr std::chrono::microseconds kMoment{200};
+
+void setWait(int socket, std::chrono::microseconds wait) {
+    timeval time{};
+    time.tv_usec = wait.count();
+    if (::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time) != 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot limit a wait");
+    }
+}
 
 Peer peerOf(int socket) {
     ucred credentials{};
@@ -33,230 +47,343 @@ Peer peerOf(int socket) {
     return peer;
 }
 
+iovec part(std::span<const std::byte> bytes) {
+    return {const_cast<std::byte*>(bytes.data()), bytes.size()};
+}
+
+// What is left of the bytes when so many of them, counted from before them, are gone.
+std::span<const std::byte> rest(std::span<const std::byte> bytes, std::size_t gone) {
+    return bytes.subspan(std::min(bytes.size(), gone));
+}
+
+bool takesAWait(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
+
 }  // namespace
 
-Session::Session(Socket socket, const Service& service)
-    : socket_(std::move(socket)),
-      service_(service),
-      watchdog_(std::make_shared<Watchdog>(socket_.get_executor(), [this] { closeSocket(); })),
-      progress_(socket_.get_executor()) {}
+Session::Session(Descriptor socket, const Service& service)
+    : socket_(std::move(socket)), service_(service) {
+    setWait(socket_.get(), kMoment);
+    expectFrame(service_.options.frameDeadline);
+}
 
-Session::~Session() { watchdog_->retire(); }
+Session::Next Session::advance() {
+    const std::lock_guard lock(mutex_);
+    drained_ = false;
+    return proceed();
+}
 
-asio::awaitable<void> Session::run() {
-    // Keeps the session alive for as long as the conversation lasts.
-    const auto self = shared_from_this();
-    if (co_await greet()) {
-        co_await serveCommands();
+// Nobody else touches what is being received, so the lock can wait.
+std::optional<Session::Next> Session::linger() {
+    std::span<std::byte> to;
+    try {
+        to = room();
+    } catch (const std::bad_alloc&) {
+        return Next::kEnd;
+    }
+    const ssize_t result = ::recv(socket_.get(), to.data(), to.size(), 0);
+    const std::lock_guard lock(mutex_);
+    if (received(to.size(), result) == 0 && !over_) {
+        return std::nullopt;
+    }
+    return proceed();
+}
+
+Session::Next Session::execute() {
+    std::optional<Answer> given;
+    try {
+        given = conversation_->execute(target_, header_.code, std::move(command_));
+    } catch (...) {
+        // It ends with this connection.
+    }
+    const std::lock_guard lock(mutex_);
+    executing_ = false;
+    if (!given) {
+        return Next::kEnd;
+    }
+    try {
+        answer(std::move(*given));
+    } catch (const std::bad_alloc&) {
+        return Next::kEnd;
+    }
+    return proceed();
+}
+
+void Session::look(TimePoint now) {
+    const std::lock_guard lock(mutex_);
+    if (over_) {
+        return;
+    }
+    if (now < due_) {
+        service_.alarm.setFor(due_);
+    } else if (executing_) {
+        sendProgress();
+        setDue(now + service_.options.progressInterval);
+    } else {
+        cutOff();
     }
 }
 
 void Session::stop() {
+    const std::lock_guard lock(mutex_);
     stopping_ = true;
-    if (!busy_) {
-        closeSocket();
+    if (!executing_ && !text_) {
+        cutOff();
     }
 }
 
-// Whatever is being waited for ends with an error.
-void Session::closeSocket() {
-    std::error_code ignored;
-    socket_.close(ignored);
+// Whoever waits for the client wakes up.
+void Session::cutOff() {
+    over_ = true;
+    ::shutdown(socket_.get(), SHUT_RDWR);
 }
 
-asio::awaitable<bool> Session::greet() {
-    const auto hello =
-        co_await receiveHeader(Watchdog::Clock::now() + service_.options.frameDeadline);
-    if (!hello) {
-        co_return false;
+Session::Next Session::proceed() {
+    std::size_t taken = 0;
+    try {
+        for (;;) {
+            if (text_ && !flush()) {
+                return over_ ? Next::kEnd : Next::kOutput;
+            }
+            if (over_ || lastWords_) {
+                return Next::kEnd;
+            }
+            if (executing_) {
+                return Next::kExecution;
+            }
+            if (stopping_) {
+                return Next::kEnd;
+            }
+            if (understand()) {
+                continue;
+            }
+            if (drained_ || taken > kMostAtATime) {
+                return Next::kInput;
+            }
+            taken += receive();
+        }
+    } catch (...) {
+        // No memory, or no conversation, for this client: the others are none the worse.
+        return Next::kEnd;
     }
-    if (hello->type != FrameType::kHello) {
-        co_await sendError(Status::kProtocolError);
-        co_return false;
+}
+
+// Goes on with what has been received; false when that is not enough.
+bool Session::understand() {
+    if (stage_ == Stage::kHeader) {
+        if (unread().size() < kHeaderSize) {
+            return false;
+        }
+        takeHeader();
+        return true;
     }
-    Peer peer = peerOf(socket_.native_handle());
-    if (!co_await receiveText(hello->bodyLength, peer.argument)) {
-        co_return false;
+    read_ += incoming_.take(unread());
+    if (!incoming_.complete()) {
+        return false;
     }
+    takeText();
+    return true;
+}
+
+void Session::takeHeader() {
+    const auto header = Wire::decode(unread().data());
+    read_ += kHeaderSize;
+    const bool greeting = !conversation_;
+    const bool due =
+        header && (greeting ? header->type == FrameType::kHello
+                            : header->type == FrameType::kCommand && header->id == id_ &&
+                                  header->bodyLength <= service_.options.largestBody);
+    if (!due) {
+        sayLast(Status::kProtocolError);
+        return;
+    }
+    header_ = *header;
+    stage_ = greeting ? Stage::kBody : Stage::kTarget;
+    incoming_ = Wire::IncomingText(greeting ? header_.bodyLength : header_.targetLength);
+}
+
+void Session::takeText() {
+    WideString text = std::move(incoming_).finish();
+    if (stage_ == Stage::kTarget) {
+        target_ = std::move(text);
+        stage_ = Stage::kBody;
+        incoming_ = Wire::IncomingText(header_.bodyLength);
+        return;
+    }
+    stage_ = Stage::kHeader;
+    if (conversation_) {
+        command_ = std::move(text);
+        beginExecution();
+    } else {
+        Peer peer = peerOf(socket_.get());
+        peer.argument = std::move(text);
+        greet(std::move(peer));
+    }
+}
+
+void Session::greet(Peer peer) {
     conversation_ = service_.factory(peer);
     if (!conversation_) {
-        co_await sendError(Status::kAccessDenied);
-        co_return false;
+        sayLast(Status::kAccessDenied);
+        return;
     }
     FrameHeader welcome;
     welcome.type = FrameType::kWelcome;
     welcome.id = Wire::kGreetingId;
     welcome.code = service_.options.largestBody;
-    co_return co_await send(welcome);
+    say(welcome);
 }
 
-asio::awaitable<void> Session::serveCommands() {
-    while (!stopping_) {
-        id_ = Wire::idAfter(id_);
-        const auto header =
-            co_await receiveHeader(Watchdog::Clock::now() + service_.options.idleDeadline);
-        if (!header) {
-            co_return;
-        }
-        if (header->type != FrameType::kCommand || header->id != id_ ||
-            header->bodyLength > service_.options.largestBody) {
-            co_await sendError(Status::kProtocolError);
-            co_return;
-        }
-        argument_ = header->code;
-        if (!co_await receiveText(header->targetLength, target_) ||
-            !co_await receiveText(header->bodyLength, command_)) {
-            co_return;
-        }
-        busy_ = true;
-        co_await execute();
-        if (!answer_ || !co_await answer()) {
-            co_return;
-        }
-        busy_ = false;
-    }
+// The client owes nothing now, however long this takes.
+void Session::beginExecution() {
+    executing_ = true;
+    setDue(Clock::now() + service_.options.progressInterval);
 }
 
-// Lets a worker execute the command, and tells the client every now and then that it still is.
-asio::awaitable<void> Session::execute() {
-    answer_.reset();
-    finished_ = false;
-    asio::post(service_.workers, [this] { work(); });
-    bool heard = true;
-    while (!finished_) {
-        // The client owes nothing now, however long this takes.
-        watchdog_->rest();
-        std::error_code interrupted;
-        progress_.expires_after(service_.options.progressInterval);
-        co_await progress_.async_wait(asio::redirect_error(asio::use_awaitable, interrupted));
-        // A client that is gone does not end the command, which the worker still holds.
-        if (!interrupted && !finished_ && heard) {
-            FrameHeader progress;
-            progress.type = FrameType::kProgress;
-            progress.id = id_;
-            heard = co_await send(progress);
-        }
-    }
-}
-
-// On a worker. What it throws ends with this connection.
-void Session::work() {
-    auto self = shared_from_this();
-    try {
-        answer_ = conversation_->execute(target_, argument_, std::move(command_));
-    } catch (...) {
-        answer_.reset();
-    }
-    finished_ = true;
-    try {
-        // The session must not die here: its socket and timers belong to the other thread.
-        const auto executor = socket_.get_executor();
-        asio::post(executor, [self = std::move(self)] { self->progress_.cancel(); });
-    } catch (...) {
-        // Without memory to tell it, the session sees it when it next looks.
-    }
-}
-
-asio::awaitable<bool> Session::answer() {
-    const Answer given = std::move(*answer_);
-    if (given.status != Status::kSuccess) {
-        co_return co_await sendError(given.status);
-    }
+void Session::answer(Answer given) {
     FrameHeader reply;
     reply.type = FrameType::kReply;
     reply.id = id_;
-    reply.bodyLength = given.text.size() * sizeof(WideChar);
-    if (reply.bodyLength > service_.options.largestBody) {
-        co_return co_await sendError(Status::kTextTooLong);
+    reply.bodyLength = std::uint64_t{given.text.size()} * sizeof(WideChar);
+    if (given.status != Status::kSuccess) {
+        sayError(given.status);
+    } else if (reply.bodyLength > service_.options.largestBody) {
+        sayError(Status::kTextTooLong);
+    } else {
+        say(reply, std::move(given.text));
     }
-    co_return co_await send(reply, given.text);
 }
 
-// Nothing when the connection is over, which a client that sends no proper header brings about.
-asio::awaitable<std::optional<FrameHeader>> Session::receiveHeader(TimePoint beginsUntil) {
+// Where more is to be received; never empty while that is wanted.
+std::span<std::byte> Session::room() {
+    if (stage_ != Stage::kHeader) {
+        return incoming_.room();
+    }
     std::copy(inbox_.begin() + static_cast<std::ptrdiff_t>(read_),
               inbox_.begin() + static_cast<std::ptrdiff_t>(filled_), inbox_.begin());
     filled_ -= read_;
     read_ = 0;
-    if (filled_ == 0 && !co_await receiveSome(inbox_, beginsUntil, filled_)) {
-        co_return std::nullopt;
+    return std::span(inbox_).subspan(filled_);
+}
+
+std::span<const std::byte> Session::unread() const {
+    return std::span(inbox_).subspan(read_, filled_ - read_);
+}
+
+std::size_t Session::receive() {
+    const std::span<std::byte> to = room();
+    return received(to.size(), ::recv(socket_.get(), to.data(), to.size(), MSG_DONTWAIT));
+}
+
+// What came of an attempt to receive.
+std::size_t Session::received(std::size_t wanted, std::ptrdiff_t result) {
+    if (result < 0 && takesAWait(errno)) {
+        drained_ = true;
+        return 0;
     }
-    beginFrame();
-    while (filled_ < kHeaderSize) {
-        std::size_t count = 0;
-        if (!co_await receiveSome(std::span(inbox_).subspan(filled_), nextStep(), count)) {
-            co_return std::nullopt;
+    if (result <= 0) {
+        over_ = true;
+        return 0;
+    }
+    const auto count = static_cast<std::size_t>(result);
+    drained_ = count < wanted;
+    const TimePoint now = Clock::now();
+    if (stage_ == Stage::kHeader) {
+        if (filled_ == 0) {
+            beginFrame(now);
         }
         filled_ += count;
+    } else {
+        incoming_.arrived(count);
     }
-    const auto header = Wire::decode(inbox_.data());
-    if (!header) {
-        co_await sendError(Status::kProtocolError);
-        co_return std::nullopt;
-    }
-    read_ = kHeaderSize;
-    co_return header;
+    bytesMoved(now);
+    return count;
 }
 
-asio::awaitable<bool> Session::receiveText(std::uint64_t length, WideString& text) {
-    Wire::IncomingText incoming(length);
-    read_ += incoming.take(std::span(inbox_).subspan(read_, filled_ - read_));
-    while (!incoming.complete()) {
-        std::size_t count = 0;
-        if (!co_await receiveSome(incoming.room(), nextStep(), count)) {
-            co_return false;
-        }
-        incoming.arrived(count);
-    }
-    text = std::move(incoming).finish();
-    co_return true;
+// To be sent by `flush`.
+void Session::say(FrameHeader header, WideString body) {
+    head_ = Wire::encode(header);
+    body_ = std::move(body);
+    text_.emplace(body_);
+    sent_ = 0;
+    const TimePoint now = Clock::now();
+    beginFrame(now);
+    bytesMoved(now);
 }
 
-asio::awaitable<bool> Session::receiveSome(std::span<std::byte> room, TimePoint until,
-                                           std::size_t& count) {
-    watchdog_->watch(until);
-    std::error_code error;
-    count = co_await socket_.async_read_some(asio::buffer(room.data(), room.size()),
-                                             asio::redirect_error(asio::use_awaitable, error));
-    co_return !error;
-}
-
-asio::awaitable<bool> Session::send(FrameHeader header, WideStringView body) {
-    const Wire::HeaderBytes head = Wire::encode(header);
-    const Wire::OutgoingText text(body);
-    std::array<asio::const_buffer, 2> parts = {
-        asio::buffer(head), asio::buffer(text.bytes().data(), text.bytes().size())};
-    beginFrame();
-    while (asio::buffer_size(parts) > 0) {
-        watchdog_->watch(nextStep());
-        std::error_code error;
-        const std::size_t count = co_await socket_.async_write_some(
-            parts, asio::redirect_error(asio::use_awaitable, error));
-        if (error) {
-            co_return false;
-        }
-        const std::size_t ofHead = std::min(count, parts[0].size());
-        parts[0] += ofHead;
-        parts[1] += count - ofHead;
-    }
-    co_return true;
-}
-
-asio::awaitable<bool> Session::sendError(std::int32_t status) {
+void Session::sayError(std::int32_t status) {
     FrameHeader error;
     error.type = FrameType::kError;
     error.id = id_;
     error.code = static_cast<std::uint32_t>(status);
-    co_return co_await send(error);
+    say(error);
 }
 
-void Session::beginFrame() {
-    frameUntil_ = Watchdog::Clock::now() + service_.options.wholeFrameDeadline;
+void Session::sayLast(std::int32_t status) {
+    sayError(status);
+    lastWords_ = true;
 }
 
-Session::TimePoint Session::nextStep() const {
-    return std::min<TimePoint>(Watchdog::Clock::now() + service_.options.frameDeadline,
-                               frameUntil_);
+// False when the frame is not through, because that takes a wait or because the connection is over.
+bool Session::flush() {
+    const std::size_t whole = kHeaderSize + text_->bytes().size();
+    while (sent_ < whole) {
+        std::array<iovec, 2> parts = {
+            part(rest(head_, sent_)),
+            part(rest(text_->bytes(), std::max(sent_, kHeaderSize) - kHeaderSize))};
+        msghdr message{};
+        message.msg_iov = parts.data();
+        message.msg_iovlen = parts.size();
+        const ssize_t count = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count < 0) {
+            over_ = !takesAWait(errno);
+            return false;
+        }
+        sent_ += static_cast<std::size_t>(count);
+        bytesMoved(Clock::now());
+    }
+    text_.reset();
+    WideString().swap(body_);
+    if (!lastWords_) {
+        id_ = Wire::idAfter(id_);
+        expectFrame(service_.options.idleDeadline);
+    }
+    return true;
+}
+
+// A client that has not read what came before needs no further sign of life, and one that is gone
+// does not end the command, which is still being executed.
+void Session::sendProgress() {
+    FrameHeader progress;
+    progress.type = FrameType::kProgress;
+    progress.id = id_;
+    const Wire::HeaderBytes bytes = Wire::encode(progress);
+    const ssize_t count =
+        ::send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (count > 0 && static_cast<std::size_t>(count) < bytes.size()) {
+        // The answer would not be understood any more.
+        cutOff();
+    }
+}
+
+void Session::expectFrame(std::chrono::milliseconds within) {
+    const TimePoint now = Clock::now();
+    if (unread().empty()) {
+        setDue(now + within);
+    } else {
+        beginFrame(now);
+        bytesMoved(now);
+    }
+}
+
+void Session::beginFrame(TimePoint now) { frameUntil_ = now + service_.options.wholeFrameDeadline; }
+
+void Session::bytesMoved(TimePoint now) {
+    setDue(std::min<TimePoint>(now + service_.options.frameDeadline, frameUntil_));
+}
+
+void Session::setDue(TimePoint due) {
+    due_ = due;
+    service_.alarm.setFor(due);
 }
 
 }  // namespace Orvel::Relay::Server

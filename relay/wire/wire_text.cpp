@@ -13,6 +13,14 @@ constexpr bool kSwaps = std::endian::native == std::endian::big;
 // A first step that serves most texts whole, and is no loss when the rest never comes.
 constexpr std::size_t kFirstStep = std::size_t{64} * 1024;
 
+// A step is cleared before it is received, which is cheap as long as it stays in the processor's
+// cache meanwhile.
+constexpr std::size_t kStep = std::size_t{256} * 1024;
+
+// How many times as much as has arrived a text may take of the address space. Systems give memory
+// to what is used of that, which is the step ahead; a text that has room need not move.
+constexpr std::size_t kReserved = 16;
+
 // Not needed on most machines.
 [[maybe_unused]] void swapBytes(WideString& text) {
     for (WideChar& unit : text) {
@@ -35,8 +43,11 @@ OutgoingText::OutgoingText(WideStringView text) {
 std::span<std::byte> IncomingText::room() {
     const std::size_t held = text_.size() * sizeof(WideChar);
     if (arrived_ == held) {
-        const std::size_t step = std::max(kFirstStep, held);
-        text_.resize(std::min(length_, held + step) / sizeof(WideChar));
+        const std::size_t wanted = std::min(length_, held + std::clamp(held, kFirstStep, kStep));
+        if (wanted > text_.capacity() * sizeof(WideChar)) {
+            text_.reserve(std::min(length_, kReserved * wanted) / sizeof(WideChar));
+        }
+        text_.resize(wanted / sizeof(WideChar));
     }
     return std::as_writable_bytes(std::span(text_)).subspan(arrived_);
 }

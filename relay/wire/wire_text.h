@@ -28,7 +28,8 @@ class OutgoingText {
 };
 
 /// A text on its way in, of a length that the other side claims. It grows as bytes arrive, never
-/// beyond the double of what has arrived, so that a claim alone costs no memory.
+/// beyond the double of what has arrived, so that a claim alone costs no memory. It may have the
+/// address space of more.
 class IncomingText {
   public:
     /// @param length in bytes; even.

@@ -65,8 +65,12 @@ Conversation converse(ServiceChannel& channel, WideStringView appName, WideStrin
         conversation.stage = Stage::NoHandshake;
         return conversation;
     }
-    payload.insert(0, token).insert(0, appName);
-    const std::int32_t status = execute(std::move(payload));
+    WideString command;
+    command.reserve(appName.size() + token.size() + payload.size());
+    command.append(appName).append(token).append(payload);
+    // A batch may be large, and the client has no use for its document beside the command.
+    payload = WideString();
+    const std::int32_t status = execute(std::move(command));
     conversation.stage = status == 0 ? Stage::Answered : Stage::CommandFailed;
     return conversation;
 }

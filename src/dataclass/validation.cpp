@@ -13,6 +13,9 @@ namespace {
 
 using Emitters::AnalyticsResult;
 
+constexpr WideStringView kInteger = ORVEL_TEXT("integer");
+constexpr WideStringView kVarchar = ORVEL_TEXT("varchar");
+
 bool mustHaveValue(const DataClassFieldInfo& field) {
     return field.nullable == ORVEL_TEXT("false") || field.nullable == ORVEL_TEXT("False");
 }
@@ -28,9 +31,10 @@ bool beginsWithInteger(WideStringView serialised) {
 
 /// What remains of a serialised value without its first and last code unit: of a string, the text
 /// between the quotation marks.
-std::size_t measuredLength(WideStringView serialised) {
+std::size_t measuredLength(const Json::Value& value) {
     constexpr std::size_t kQuotationMarks = 2;
-    return serialised.size() - std::min(serialised.size(), kQuotationMarks);
+    const std::size_t serialised = value.serialisedLength();
+    return serialised - std::min(serialised, kQuotationMarks);
 }
 
 /// The rules of one event. The varchar limit is the pass's, not the field's: a type without digits
@@ -46,11 +50,11 @@ class Pass {
             return mustHaveValue(field) ? AnalyticsResult::NullValueNotAllowed
                                         : AnalyticsResult::Success;
         }
-        if (field.type == ORVEL_TEXT("integer")) {
+        if (field.type == kInteger) {
             return beginsWithInteger(value->stringify()) ? AnalyticsResult::Success
                                                          : AnalyticsResult::GenericError;
         }
-        if (field.type.find(ORVEL_TEXT("varchar")) != WideString::npos) {
+        if (field.type.find(kVarchar) != WideString::npos) {
             return checkLength(field.type, *value);
         }
         return AnalyticsResult::Success;
@@ -62,7 +66,7 @@ class Pass {
         if (!digits.empty()) {
             limit_ = Text::toInt32(digits);
         }
-        const std::size_t length = measuredLength(value.stringify());
+        const std::size_t length = measuredLength(value);
         const bool fits = !limit_ || length <= static_cast<std::size_t>(*limit_);
         return fits ? AnalyticsResult::Success : AnalyticsResult::FieldValueTooLong;
     }

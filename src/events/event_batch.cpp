@@ -32,9 +32,7 @@ WideString eventBatch(const Session::AppSession& session, const std::list<WideSt
     Json::Array events = document.newArray();
     Json::Array data = document.newArray();
     const Json::Object identity = appSessionObject(document, session);
-    for (const WideString& record : records) {
-        data.append(document.serialisedObject(record));
-    }
+    data.appendSerialised(records);
     reported.setNamedValue(ORVEL_TEXT("appsession"), identity);
     reported.setNamedValue(ORVEL_TEXT("data"), data);
     events.append(reported);

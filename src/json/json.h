@@ -1,8 +1,10 @@
 #ifndef ORVEL_JSON_JSON_H
 #define ORVEL_JSON_JSON_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <list>
 #include <optional>
 
 #include "orvel/analytics/text.h"
@@ -30,6 +32,9 @@ class Value {
     /// The value as compact JSON text, nested values included.
     [[nodiscard]] WideString stringify() const;
 
+    /// How many code units that text has.
+    [[nodiscard]] std::size_t serialisedLength() const;
+
   protected:
     friend class Document;
     friend class Object;
@@ -55,6 +60,8 @@ class ObjectView {
     explicit ObjectView(const Value& object) : object_(object) {}
 
     Value object_;
+    // Where a backend that walks found the last member: the next one is often behind it.
+    [[maybe_unused]] mutable void* found_ = nullptr;
 };
 
 /// A JSON object. Its members keep the order in which they came.
@@ -80,6 +87,11 @@ class Object : public Value {
 class Array : public Value {
   public:
     void append(const Value& value);
+
+    /// Appends objects that this layer serialised earlier, in their order. From then on the array is
+    /// only to be serialised.
+    /// @param texts the objects' texts, which outlive the document.
+    void appendSerialised(const std::list<WideString>& texts);
 
     [[nodiscard]] std::uint32_t size() const;
     [[nodiscard]] Value getAt(std::uint32_t index) const;
@@ -123,7 +135,10 @@ class Document {
     friend class ObjectView;
     struct Impl;
 
-    std::unique_ptr<Impl> impl_;
+    // The backend's state lives in the document, so that a small one takes no memory but its own.
+    static constexpr std::size_t kImplSize = 6144;
+    alignas(std::max_align_t) std::array<std::byte, kImplSize> memory_;
+    Impl* impl_ = nullptr;
 };
 
 }  // namespace Orvel::Analytics::Json

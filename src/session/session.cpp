@@ -12,6 +12,7 @@
 #include "orvel/analytics/hresult_error.h"
 #include "session/parsed_event.h"
 #include "text/clock.h"
+#include "text/local_time.h"
 
 using Orvel::WideString;
 using Orvel::Analytics::DataClass::BaseDataClass;
@@ -70,7 +71,7 @@ AnalyticsResult AnalyticsSession::CollectEvent(BaseDataClass* dataClass, WideStr
     if (event.empty()) {
         return AnalyticsResult::EmptyEvent;
     }
-    ParsedEvent parsed{std::move(event), {}, {}};
+    ParsedEvent parsed(std::move(event));
     const AnalyticsResult result = validateEvent(dataClass, parsed);
     if (result == AnalyticsResult::Success) {
         eventQueue.push_back(getEventData(dataClass, parsed));
@@ -150,6 +151,7 @@ void AnalyticsSession::InitAppSession(WideString appName, WideString appVersion,
     if (userIdSupplied && !Events::isBracedGuid(userId)) {
         throw "UserID must be a GUID";
     }
+    Text::readTimeZone();
     appSession = AppSession();
     appSession.appName = std::move(appName);
     appSession.appVersion = std::move(appVersion);
@@ -165,6 +167,7 @@ void AnalyticsSession::RefreshSession() {
     // Made first, so that a session is never half renewed when memory runs out.
     WideString sessionId = Events::generateGuidString();
     WideString userId = userIdSupplied ? WideString() : Events::generateGuidString();
+    Text::readTimeZone();
     appSession.sessionCounter = 0;
     endTime = 0;
     appSession.startTime = Text::currentTime();

@@ -4,6 +4,9 @@
 
 namespace Orvel::Analytics::Text {
 
+// The C runtime reads it by itself, once.
+void readTimeZone() {}
+
 std::optional<std::tm> toLocalTime(std::int64_t time) {
     const __time64_t seconds = time;
     std::tm local{};

@@ -31,7 +31,7 @@ Integer toInteger(WideStringView text, const Messages& messages) {
     Integer value = 0;
     for (; at < text.size() && isDigit(text[at]); ++at) {
         const auto digit = static_cast<Integer>(text[at] - 0x30);
-        if (value < (Limits::min() + digit) / 10) {
+        if (value < Limits::min() / 10 || value * 10 < Limits::min() + digit) {
             throw std::out_of_range(messages.outOfRange);
         }
         value = static_cast<Integer>(value * 10 - digit);

@@ -1,10 +1,11 @@
 #include "text/unicode.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
+
+#include "text/blocks.h"
 
 namespace Orvel::Analytics::Text {
 namespace {
@@ -16,6 +17,10 @@ constexpr bool isLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit < 0
 
 constexpr char byteOf(char32_t bits) { return static_cast<char>(static_cast<unsigned char>(bits)); }
 
+/// Where a block is not ASCII, blocks are not tried again before so many units or bytes were taken
+/// one by one.
+constexpr size_t kPause = 32;
+
 /// The code point at `at`, which moves past it: a surrogate that has no partner is its own number.
 char32_t nextCodePoint(WideStringView wide, size_t& at) noexcept {
     const char32_t unit = wide[at++];
@@ -23,6 +28,26 @@ char32_t nextCodePoint(WideStringView wide, size_t& at) noexcept {
         return 0x10000 + ((unit - 0xD800) << 10) + (char32_t{wide[at++]} - 0xDC00);
     }
     return unit;
+}
+
+/// Writes the sequence of a code point, an unpaired surrogate's included, and returns its end.
+char* writeSequence(char32_t codePoint, char* out) noexcept {
+    if (codePoint < 0x80) {
+        *out++ = byteOf(codePoint);
+    } else if (codePoint < 0x800) {
+        *out++ = byteOf(0xC0 | (codePoint >> 6));
+        *out++ = byteOf(0x80 | (codePoint & 0x3F));
+    } else if (codePoint < 0x10000) {
+        *out++ = byteOf(0xE0 | (codePoint >> 12));
+        *out++ = byteOf(0x80 | ((codePoint >> 6) & 0x3F));
+        *out++ = byteOf(0x80 | (codePoint & 0x3F));
+    } else {
+        *out++ = byteOf(0xF0 | (codePoint >> 18));
+        *out++ = byteOf(0x80 | ((codePoint >> 12) & 0x3F));
+        *out++ = byteOf(0x80 | ((codePoint >> 6) & 0x3F));
+        *out++ = byteOf(0x80 | (codePoint & 0x3F));
+    }
+    return out;
 }
 
 size_t asciiPrefix(std::string_view utf8) noexcept {
@@ -63,68 +88,84 @@ size_t wellFormedSequence(std::string_view utf8) noexcept {
     return 0;
 }
 
-/// Decodes the sequence at `in`, which moves past it; the caller knows it to be well-formed.
-char32_t decodeSequence(const char*& in) noexcept {
-    const auto next = [&] { return static_cast<unsigned char>(*in++); };
-    const char32_t lead = next();
-    if (lead < 0x80) {
-        return lead;
-    }
-    const int more = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-    char32_t codePoint = lead & (0x3FU >> more);
-    for (int i = 0; i < more; ++i) {
-        codePoint = (codePoint << 6) | (next() & 0x3FU);
-    }
-    return codePoint;
-}
-
 }  // namespace
 
 size_t utf8Length(WideStringView wide) noexcept {
     size_t bytes = 0;
-    for (size_t at = 0; at < wide.size(); ++at) {
-        const char32_t unit = wide[at];
-        bytes += unit < 0x80 ? 1 : unit < 0x800 ? 2 : 3;
-        if (isHighSurrogate(unit) && at + 1 < wide.size() && isLowSurrogate(wide[at + 1])) {
-            ++bytes;
-            ++at;
-        }
+    for (size_t at = 0; at < wide.size();) {
+        const char32_t codePoint = nextCodePoint(wide, at);
+        bytes += codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
     }
     return bytes;
 }
 
 char* writeUtf8(WideStringView wide, char* out) noexcept {
-    for (size_t at = 0; at < wide.size();) {
-        const char32_t codePoint = nextCodePoint(wide, at);
-        if (codePoint < 0x80) {
-            *out++ = byteOf(codePoint);
-        } else if (codePoint < 0x800) {
-            *out++ = byteOf(0xC0 | (codePoint >> 6));
-            *out++ = byteOf(0x80 | (codePoint & 0x3F));
-        } else if (codePoint < 0x10000) {
-            *out++ = byteOf(0xE0 | (codePoint >> 12));
-            *out++ = byteOf(0x80 | ((codePoint >> 6) & 0x3F));
-            *out++ = byteOf(0x80 | (codePoint & 0x3F));
+    size_t at = 0;
+    while (at < wide.size()) {
+        while (wide.size() - at >= kBlock && isAsciiBlock(wide.data() + at)) {
+            narrowBlock(wide.data() + at, out);
+            at += kBlock;
+            out += kBlock;
+        }
+        const size_t pause = std::min(wide.size(), at + kPause);
+        while (at < pause) {
+            if (wide[at] < 0x80) {
+                *out++ = byteOf(wide[at++]);
+            } else {
+                out = writeSequence(nextCodePoint(wide, at), out);
+            }
+        }
+    }
+    return out;
+}
+
+size_t wideLength(std::string_view utf8) noexcept {
+    const char* in = utf8.data();
+    const char* const end = in + utf8.size();
+    size_t units = 0;
+    while (in != end) {
+        if (static_cast<size_t>(end - in) >= kBlock && isAsciiBlock(in)) {
+            in += kBlock;
+            units += kBlock;
         } else {
-            *out++ = byteOf(0xF0 | (codePoint >> 18));
-            *out++ = byteOf(0x80 | ((codePoint >> 12) & 0x3F));
-            *out++ = byteOf(0x80 | ((codePoint >> 6) & 0x3F));
-            *out++ = byteOf(0x80 | (codePoint & 0x3F));
+            // Every sequence is one unit, and one more where it has four bytes.
+            const auto byte = static_cast<unsigned char>(*in++);
+            units += (byte & 0xC0U) == 0x80 ? 0 : byte >= 0xF0 ? 2 : 1;
+        }
+    }
+    return units;
+}
+
+WideChar* writeWide(std::string_view utf8, WideChar* out) noexcept {
+    const char* in = utf8.data();
+    const char* const end = in + utf8.size();
+    while (in != end) {
+        while (static_cast<size_t>(end - in) >= kBlock && isAsciiBlock(in)) {
+            widenBlock(in, out);
+            in += kBlock;
+            out += kBlock;
+        }
+        const char* const pause = in + std::min(static_cast<size_t>(end - in), kPause);
+        while (in < pause) {
+            out = writeUnits(decodeSequence(in), out);
         }
     }
     return out;
 }
 
 size_t findUnpairedSurrogate(WideStringView wide) noexcept {
-    for (size_t at = 0; at < wide.size(); ++at) {
-        if (isLowSurrogate(wide[at])) {
-            return at;
+    size_t at = 0;
+    while (at < wide.size()) {
+        while (wide.size() - at >= kBlock && !hasSurrogates(wide.data() + at)) {
+            at += kBlock;
         }
-        if (isHighSurrogate(wide[at])) {
-            if (at + 1 == wide.size() || !isLowSurrogate(wide[at + 1])) {
-                return at;
+        const size_t pause = std::min(wide.size(), at + kPause);
+        while (at < pause) {
+            const size_t start = at;
+            const char32_t codePoint = nextCodePoint(wide, at);
+            if (isHighSurrogate(codePoint) || isLowSurrogate(codePoint)) {
+                return start;
             }
-            ++at;
         }
     }
     return WideStringView::npos;
@@ -143,29 +184,22 @@ size_t findIllFormedUtf8(std::string_view utf8) noexcept {
     return std::string_view::npos;
 }
 
-void appendUtf8(WideString& wide, std::string_view utf8) {
-    // Decoding into a small buffer first spares the text a pass that would only fill it with zeros.
-    std::array<WideChar, 512> buffer;
+bool isSameTextBeyondAscii(std::string_view utf8, WideStringView wide) noexcept {
     const char* in = utf8.data();
     const char* const end = in + utf8.size();
-    while (in != end) {
-        const auto rest = static_cast<size_t>(end - in);
-        const size_t ascii = asciiPrefix({in, std::min(rest, buffer.size())});
-        std::transform(in, in + ascii, buffer.begin(),
-                       [](char byte) { return static_cast<WideChar>(byte); });
-        in += ascii;
-        size_t units = ascii;
-        while (in != end && units + 2 <= buffer.size()) {
-            const char32_t codePoint = decodeSequence(in);
-            if (codePoint < 0x10000) {
-                buffer[units++] = static_cast<WideChar>(codePoint);
-            } else {
-                buffer[units++] = static_cast<WideChar>(0xD7C0 + (codePoint >> 10));
-                buffer[units++] = static_cast<WideChar>(0xDC00 + (codePoint & 0x3FF));
-            }
+    size_t at = 0;
+    while (in != end && at < wide.size()) {
+        if (decodeSequence(in) != nextCodePoint(wide, at)) {
+            return false;
         }
-        wide.append(buffer.data(), units);
     }
+    return in == end && at == wide.size();
+}
+
+void appendUtf8(WideString& wide, std::string_view utf8) {
+    const size_t before = wide.size();
+    wide.resize(before + wideLength(utf8));
+    writeWide(utf8, wide.data() + before);
 }
 
 }  // namespace Orvel::Analytics::Text

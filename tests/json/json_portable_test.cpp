@@ -158,6 +158,39 @@ TEST(PortableJson, EscapesControlCharactersInTheShortestForm) {
                          "/\u007F\""));
 }
 
+TEST(PortableJson, EscapesWhereverItMust) {
+    for (std::size_t length = 0; length < 70; ++length) {
+        for (std::size_t at = 0; at <= length; ++at) {
+            const WideString before(at, 'a');
+            const WideString after(length - at, 'b');
+            Document document;
+            const auto serialised = [&](const WideString& character) {
+                return document.stringValue(before + character + after).stringify();
+            };
+            const auto expected = [&](const WideString& escaped) {
+                return ORVEL_TEXT("\"") + before + escaped + after + ORVEL_TEXT("\"");
+            };
+            ASSERT_EQ(serialised(ORVEL_TEXT("\"")), expected(ORVEL_TEXT("\\\"")));
+            ASSERT_EQ(serialised(ORVEL_TEXT("\x1f")), expected(ORVEL_TEXT("\\u001F")));
+            ASSERT_EQ(serialised(ORVEL_TEXT("\x7f")), expected(ORVEL_TEXT("\x7f")));
+            ASSERT_EQ(serialised(ORVEL_TEXT("\U0001F600")), expected(ORVEL_TEXT("\U0001F600")));
+        }
+    }
+}
+
+TEST(PortableJson, SerialisesTextsOfAnyLength) {
+    for (std::size_t length = 1000; length < 1050; ++length) {
+        Document document;
+        const WideString text = WideString(length, 'x') + ORVEL_TEXT("\n\u6f22");
+        Array array = document.newArray();
+        array.append(document.stringValue(text));
+        array.append(document.stringValue(WideString(5 * length, 'y')));
+        ASSERT_EQ(array.stringify(), ORVEL_TEXT("[\"") + WideString(length, 'x') +
+                                         ORVEL_TEXT("\\n\u6f22\",\"") +
+                                         WideString(5 * length, 'y') + ORVEL_TEXT("\"]"));
+    }
+}
+
 TEST(PortableJson, SerialisesDeeperThanItParses) {
     const WideString deep = nested(1024);
     Document document;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <list>
 #include <string>
 
 #include "json/raise.h"
@@ -258,6 +259,38 @@ TEST(JsonBuild, TakesAnObjectThatWasSerialisedEarlier) {
     object.setNamedValue(ORVEL_TEXT("data"), array);
     EXPECT_EQ(object.stringify(),
               ORVEL_TEXT("{\"data\":[") + firstText + ORVEL_TEXT(",\"between\",{\"b\":2}]}"));
+}
+
+TEST(JsonBuild, TakesAListOfObjectsThatWereSerialisedEarlier) {
+    const std::list<WideString> none;
+    const std::list<WideString> one = {ORVEL_TEXT("{\"a\":1}")};
+    const std::list<WideString> more = {ORVEL_TEXT("{\"a\":1}"), ORVEL_TEXT("{\"b\":[]}"),
+                                        ORVEL_TEXT("{}")};
+    const auto arrayOf = [](const std::list<WideString>& texts) {
+        Document document;
+        Array array = document.newArray();
+        array.appendSerialised(texts);
+        return array.stringify();
+    };
+    EXPECT_EQ(arrayOf(none), ORVEL_TEXT("[]"));
+    EXPECT_EQ(arrayOf(one), ORVEL_TEXT("[{\"a\":1}]"));
+    EXPECT_EQ(arrayOf(more), ORVEL_TEXT("[{\"a\":1},{\"b\":[]},{}]"));
+}
+
+TEST(JsonStringify, HasTheLengthThatIsToldBeforehand) {
+    Document document;
+    const Object object = document.parseObject(
+        ORVEL_TEXT(
+            "{\"text\":\"a \\\"b\\\" \\\\ \\n \\u0001 \u00e9 \u6f22 \U0001F600 and more of it\",")
+            ORVEL_TEXT("\"number\":-12,\"none\":null,\"yes\":true,\"list\":[1,[],{}]}"));
+    EXPECT_EQ(object.serialisedLength(), object.stringify().size());
+    for (const WideString& name : {WideString(ORVEL_TEXT("text")), WideString(ORVEL_TEXT("number")),
+                                   WideString(ORVEL_TEXT("none")), WideString(ORVEL_TEXT("yes")),
+                                   WideString(ORVEL_TEXT("list"))}) {
+        const auto value = object.getView().lookup(name);
+        ASSERT_TRUE(value);
+        EXPECT_EQ(value->serialisedLength(), value->stringify().size());
+    }
 }
 
 TEST(JsonStringify, EscapesWhatMustBeEscaped) {

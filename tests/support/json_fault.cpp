@@ -73,6 +73,8 @@ WideString Value::stringify() const {
     return current->serialised;
 }
 
+std::size_t Value::serialisedLength() const { return stringify().size(); }
+
 bool ObjectView::hasKey(WideStringView /*name*/) const {
     called(JsonOperation::HasKey);
     return true;
@@ -118,6 +120,12 @@ ObjectView Object::getView() const {
 }
 
 void Array::append(const Value& /*value*/) { called(JsonOperation::Append); }
+
+void Array::appendSerialised(const std::list<WideString>& texts) {
+    for (const WideString& text : texts) {
+        append(document_->serialisedObject(text));
+    }
+}
 
 std::uint32_t Array::size() const {
     called(JsonOperation::ArraySize);

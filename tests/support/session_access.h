@@ -30,12 +30,12 @@ struct SessionAccess {
         return AnalyticsSession::getJSonStr(&dataClass);
     }
     static Result validateEvent(DataClass& dataClass, WideString text) {
-        ParsedEvent event{std::move(text), {}, {}};
+        ParsedEvent event(std::move(text));
         return AnalyticsSession::validateEvent(&dataClass, event);
     }
     static WideString getEventData(const AnalyticsSession& session, DataClass& dataClass,
                                    WideString text) {
-        ParsedEvent event{std::move(text), {}, {}};
+        ParsedEvent event(std::move(text));
         event.values = event.document.parseObject(event.text);
         return session.getEventData(&dataClass, event);
     }

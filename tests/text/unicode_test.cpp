@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -78,6 +79,61 @@ TEST(GeneralisedUtf8, KeepsEveryCodeUnit) {
     WideString again = ORVEL_TEXT("before");
     Text::appendUtf8(again, utf8);
     EXPECT_EQ(again, ORVEL_TEXT("before") + every);
+}
+
+/// ASCII of every length up to a few blocks, with something else at every place of it.
+std::vector<WideString> textsWith(const WideString& other) {
+    std::vector<WideString> texts;
+    for (std::size_t length = 0; length < 70; ++length) {
+        for (std::size_t at = 0; at <= length; ++at) {
+            texts.push_back(WideString(at, 'a') + other + WideString(length - at, 'b'));
+        }
+    }
+    return texts;
+}
+
+std::string generalisedUtf8(const WideString& wide) {
+    std::string utf8(3 * wide.size(), '?');
+    utf8.resize(static_cast<std::size_t>(Text::writeUtf8(wide, utf8.data()) - utf8.data()));
+    return utf8;
+}
+
+TEST(GeneralisedUtf8, KeepsWhateverStandsAnywhereInARunOfAscii) {
+    for (const WideString& other :
+         {WideString(), WideString(ORVEL_TEXT("\u00e9")), WideString(ORVEL_TEXT("\u6f22\u5b57")),
+          WideString(ORVEL_TEXT("\U0001F600")), WideString(1, 0xD800), WideString(1, 0xDC00)}) {
+        for (const WideString& text : textsWith(other)) {
+            const std::string utf8 = generalisedUtf8(text);
+            ASSERT_EQ(utf8.size(), Text::utf8Length(text));
+            ASSERT_EQ(Text::wideLength(utf8), text.size());
+            WideString again;
+            Text::appendUtf8(again, utf8);
+            ASSERT_EQ(again, text);
+        }
+    }
+}
+
+TEST(FindUnpairedSurrogate, FindsItAnywhereInARunOfAscii) {
+    for (const WideString& text : textsWith(WideString(1, 0xDABC))) {
+        ASSERT_EQ(Text::findUnpairedSurrogate(text), text.find(Orvel::WideChar{0xDABC}));
+    }
+    for (const WideString& text : textsWith(ORVEL_TEXT("\U0001F600"))) {
+        ASSERT_EQ(Text::findUnpairedSurrogate(text), WideString::npos);
+    }
+}
+
+TEST(IsSameText, ComparesEveryCodeUnit) {
+    const std::vector<WideString> texts = {ORVEL_TEXT(""),        ORVEL_TEXT("a"),
+                                           ORVEL_TEXT("ab"),      ORVEL_TEXT("abc"),
+                                           ORVEL_TEXT("\u00e9"),  ORVEL_TEXT("a\u00e9"),
+                                           ORVEL_TEXT("a\u00c3"), ORVEL_TEXT("\u00c3\u00a9"),
+                                           ORVEL_TEXT("\u6f22"),  ORVEL_TEXT("\U0001F600"),
+                                           WideString(1, 0xD83D), WideString(1, 0xDE00)};
+    for (const WideString& one : texts) {
+        for (const WideString& other : texts) {
+            EXPECT_EQ(Text::isSameText(generalisedUtf8(one), other), one == other);
+        }
+    }
 }
 
 TEST(FindIllFormedUtf8, AcceptsWhatIsWellFormed) {

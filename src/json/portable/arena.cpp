@@ -37,6 +37,8 @@ char* Arena::allocate(std::size_t size) {
     return reinterpret_cast<char*>(block);
 }
 
+void Arena::shrinkLast(std::size_t size) noexcept { next_ = last_ + aligned(size); }
+
 yyjson_alc Arena::allocator() noexcept {
     return {
         [](void* arena, std::size_t size) -> void* {

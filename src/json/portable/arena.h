@@ -22,12 +22,15 @@ class Arena {
     /// @throws std::bad_alloc
     char* allocate(std::size_t size);
 
+    /// Gives back the end of the block that was handed out last.
+    void shrinkLast(std::size_t size) noexcept;
+
     /// The arena as an allocator of the JSON engine, which is told of exhausted memory by null.
     yyjson_alc allocator() noexcept;
 
   private:
     struct Chunk;
-    static constexpr std::size_t kFirstSize = 3072;
+    static constexpr std::size_t kFirstSize = 5632;
 
     std::byte* tryAllocate(std::size_t size) noexcept;
     std::byte* tryResize(std::byte* block, std::size_t oldSize, std::size_t size) noexcept;

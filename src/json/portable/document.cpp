@@ -5,23 +5,19 @@
 #include <cstring>
 #include <new>
 #include <string>
-#include <type_traits>
 
 #include "json/checks.h"
+#include "json/portable/serialise.h"
 #include "json/raise.h"
 #include "text/unicode.h"
 
 namespace Orvel::Analytics::Json {
 namespace {
 
-/// Stands for an object that is a text already: a byte that the engine escapes in strings and
-/// writes nowhere else, followed by the bytes of the view of that text.
-constexpr char kSplice = '\x01';
-constexpr std::size_t kViewSize = sizeof(WideStringView);
-constexpr std::size_t kSpliceSize = 1 + kViewSize;
-static_assert(std::is_trivially_copyable_v<WideStringView>);
+/// The most bytes of UTF-8 for one unit of UTF-16.
+constexpr std::size_t kBytesPerUnit = 3;
 
-yyjson_mut_val* engineValue(void* node) { return static_cast<yyjson_mut_val*>(node); }
+Node* nodeOf(void* value) { return static_cast<Node*>(value); }
 
 std::string utf8Of(WideStringView text) {
     std::string utf8(Text::utf8Length(text), '\0');
@@ -29,179 +25,163 @@ std::string utf8Of(WideStringView text) {
     return utf8;
 }
 
-WideString wideOf(yyjson_mut_val* value) {
+WideString wideOf(std::string_view text) {
     WideString wide;
-    Text::appendUtf8(wide, {yyjson_mut_get_str(value), yyjson_mut_get_len(value)});
+    Text::appendUtf8(wide, text);
     return wide;
 }
 
-yyjson_mut_val* find(yyjson_mut_val* object, WideStringView name) {
-    const std::string key = utf8Of(name);
-    return yyjson_mut_obj_getn(object, key.data(), key.size());
+/// A member of an object, or null. The search begins with `start`, a member, and goes round once.
+Node* find(const Node* object, WideStringView name, Node* start) {
+    Node* member = start;
+    for (std::uint32_t left = object->count; left > 0; --left) {
+        if (Text::isSameText(member->name, name)) {
+            return member;
+        }
+        member = member->next != nullptr ? member->next : object->content.children.first;
+    }
+    return nullptr;
 }
 
-yyjson_mut_val* require(yyjson_mut_val* object, WideStringView name,
-                        bool (*isOfType)(yyjson_mut_val*)) {
-    yyjson_mut_val* const value = find(object, name);
+Node* find(const Node* object, WideStringView name) {
+    return find(object, name, object->content.children.first);
+}
+
+Node* require(void* object, WideStringView name, Node::Kind kind) {
+    Node* const value = find(nodeOf(object), name);
     if (value == nullptr) {
         raise(Status::kValueNotFound, "The JSON object has no member " + utf8Of(name));
     }
-    if (!isOfType(value)) {
+    if (value->kind != kind) {
         raise(Status::kIllegalMethodCall,
               "The JSON object's member " + utf8Of(name) + " has another type");
     }
     return value;
 }
 
-/// Widens serialised text and puts in the objects that are texts already.
-WideString widen(std::string_view serialised, std::size_t splicedUnits) {
-    WideString wide;
-    wide.reserve(serialised.size() + splicedUnits);
-    std::size_t splice = serialised.find(kSplice);
-    while (splice != std::string_view::npos) {
-        Text::appendUtf8(wide, serialised.substr(0, splice));
-        WideStringView text;
-        std::memcpy(&text, serialised.data() + splice + 1, kViewSize);
-        wide.append(text);
-        serialised.remove_prefix(splice + kSpliceSize);
-        splice = serialised.find(kSplice);
-    }
-    Text::appendUtf8(wide, serialised);
-    return wide;
-}
-
 }  // namespace
 
-yyjson_mut_val* orBadAlloc(yyjson_mut_val* value) {
-    orBadAlloc(value != nullptr);
-    return value;
-}
-
-void orBadAlloc(bool done) {
-    if (!done) {
-        throw std::bad_alloc();
-    }
-}
-
-Document::Impl::Impl() : values(yyjson_mut_doc_new(&allocator)) { orBadAlloc(values != nullptr); }
-
 std::string_view Document::Impl::keep(WideStringView text) {
-    const std::size_t size = Text::utf8Length(text);
-    char* const utf8 = arena.allocate(size);
-    Text::writeUtf8(text, utf8);
+    char* const utf8 = arena.allocate(kBytesPerUnit * text.size());
+    const auto size = static_cast<std::size_t>(Text::writeUtf8(text, utf8) - utf8);
+    arena.shrinkLast(size);
     return {utf8, size};
 }
 
 WideString Value::stringify() const {
-    const Document::Impl& document = *document_->impl_;
-    std::size_t size = 0;
-    yyjson_write_err error{};
-    // What the engine calls invalid Unicode are unpaired surrogates, which stay as they are.
-    char* const text = yyjson_mut_val_write_opts(
-        engineValue(node_), YYJSON_WRITE_ALLOW_INVALID_UNICODE, &document.allocator, &size, &error);
-    orBadAlloc(text != nullptr);
-    WideString wide = widen({text, size}, document.splicedUnits);
-    document.allocator.free(document.allocator.ctx, text);
-    return wide;
+    const Node& node = *nodeOf(node_);
+    return node.kind == Node::Kind::kNumber ? wideOf(node.content.text) : serialise(node);
 }
 
+std::size_t Value::serialisedLength() const { return Json::serialisedLength(*nodeOf(node_)); }
+
 bool ObjectView::hasKey(WideStringView name) const {
-    return find(engineValue(object_.node_), name) != nullptr;
+    const Node* const object = nodeOf(object_.node_);
+    Node* const start = found_ == nullptr ? object->content.children.first : nodeOf(found_);
+    Node* const member = find(object, name, start);
+    if (member != nullptr) {
+        found_ = member;
+    }
+    return member != nullptr;
 }
 
 std::optional<Value> ObjectView::lookup(WideStringView name) const {
-    yyjson_mut_val* const value = find(engineValue(object_.node_), name);
-    if (value == nullptr) {
+    if (!hasKey(name)) {
         raise(Status::kOutOfBounds, "The JSON object has no member " + utf8Of(name));
     }
-    return Value(*object_.document_, value);
+    return Value(*object_.document_, found_);
 }
 
 void Object::setNamedValue(WideStringView name, const Value& value) {
-    Document::Impl& document = *document_->impl_;
-    const std::string_view text = document.keep(name);
-    yyjson_mut_val* const key =
-        orBadAlloc(yyjson_mut_strn(document.values, text.data(), text.size()));
-    yyjson_mut_val* const object = engineValue(node_);
-    if (!yyjson_mut_obj_replace(object, key, engineValue(value.node_))) {
-        orBadAlloc(yyjson_mut_obj_add(object, key, engineValue(value.node_)));
+    if (Node* const member = find(nodeOf(node_), name)) {
+        member->become(*nodeOf(value.node_));
+        return;
     }
+    Node* const member = nodeOf(value.node_);
+    member->name = document_->impl_->keep(name);
+    nodeOf(node_)->append(member);
 }
 
 WideString Object::getNamedString(WideStringView name) const {
-    return wideOf(require(engineValue(node_), name, yyjson_mut_is_str));
+    return wideOf(require(node_, name, Node::Kind::kString)->content.text);
 }
 
 bool Object::getNamedBoolean(WideStringView name) const {
-    return yyjson_mut_get_bool(require(engineValue(node_), name, yyjson_mut_is_bool));
+    return require(node_, name, Node::Kind::kBoolean)->content.text == kTrue;
 }
 
 Object Object::getNamedObject(WideStringView name) const {
-    return {*document_, require(engineValue(node_), name, yyjson_mut_is_obj)};
+    return {*document_, require(node_, name, Node::Kind::kObject)};
 }
 
 Array Object::getNamedArray(WideStringView name) const {
-    return {*document_, require(engineValue(node_), name, yyjson_mut_is_arr)};
+    return {*document_, require(node_, name, Node::Kind::kArray)};
 }
 
-std::uint32_t Object::size() const {
-    return static_cast<std::uint32_t>(yyjson_mut_obj_size(engineValue(node_)));
-}
+std::uint32_t Object::size() const { return nodeOf(node_)->count; }
 
 ObjectView Object::getView() const { return ObjectView(*this); }
 
-void Array::append(const Value& value) {
-    orBadAlloc(yyjson_mut_arr_append(engineValue(node_), engineValue(value.node_)));
+void Array::append(const Value& value) { nodeOf(node_)->append(nodeOf(value.node_)); }
+
+void Array::appendSerialised(const std::list<WideString>& texts) {
+    if (!texts.empty()) {
+        Node* const list = document_->impl_->node(Node::Kind::kSerialisedList);
+        list->content.serialisedList = &texts;
+        nodeOf(node_)->append(list);
+    }
 }
 
-std::uint32_t Array::size() const {
-    return static_cast<std::uint32_t>(yyjson_mut_arr_size(engineValue(node_)));
-}
+std::uint32_t Array::size() const { return nodeOf(node_)->count; }
 
 Value Array::getAt(std::uint32_t index) const {
-    yyjson_mut_val* const value = yyjson_mut_arr_get(engineValue(node_), index);
-    if (value == nullptr) {
+    if (index >= size()) {
         raise(Status::kOutOfBounds, "The JSON array has no element at that index");
     }
-    return {*document_, value};
+    Node* element = nodeOf(node_)->content.children.first;
+    for (; index > 0; --index) {
+        element = element->next;
+    }
+    return {*document_, element};
 }
 
-Document::Document() : impl_(std::make_unique<Impl>()) {}
+Document::Document() {
+    static_assert(sizeof(Impl) <= kImplSize);
+    impl_ = new (memory_.data()) Impl;
+}
 
-Document::~Document() = default;
+Document::~Document() { impl_->~Impl(); }
 
-Object Document::newObject() { return {*this, orBadAlloc(yyjson_mut_obj(impl_->values))}; }
+Object Document::newObject() { return {*this, impl_->node(Node::Kind::kObject)}; }
 
-Array Document::newArray() { return {*this, orBadAlloc(yyjson_mut_arr(impl_->values))}; }
+Array Document::newArray() { return {*this, impl_->node(Node::Kind::kArray)}; }
 
 Object Document::parseObject(WideStringView text) {
     requireParsable(text);
-    const std::size_t size = Text::utf8Length(text);
-    char* const utf8 = impl_->arena.allocate(size + YYJSON_PADDING_SIZE);
-    std::memset(Text::writeUtf8(text, utf8), 0, YYJSON_PADDING_SIZE);
+    char* const utf8 = impl_->arena.allocate(kBytesPerUnit * text.size() + YYJSON_PADDING_SIZE);
+    char* const end = Text::writeUtf8(text, utf8);
+    std::memset(end, 0, YYJSON_PADDING_SIZE);
+    const auto size = static_cast<std::size_t>(end - utf8);
+    impl_->arena.shrinkLast(size + YYJSON_PADDING_SIZE);
     return {*this, impl_->parse(utf8, size)};
 }
 
 Value Document::stringValue(WideStringView text) {
-    const std::string_view utf8 = impl_->keep(text);
-    return {*this, orBadAlloc(yyjson_mut_strn(impl_->values, utf8.data(), utf8.size()))};
+    return {*this, impl_->node(Node::Kind::kString, impl_->keep(text))};
 }
 
 Value Document::numberValue(double number) {
     requireFinite(number);
-    std::array<char, 32> text;
-    const auto written = std::to_chars(text.data(), text.data() + text.size(), number);
-    return {*this,
-            orBadAlloc(yyjson_mut_rawncpy(impl_->values, text.data(),
-                                          static_cast<std::size_t>(written.ptr - text.data())))};
+    constexpr std::size_t kLongest = 32;
+    char* const text = impl_->arena.allocate(kLongest);
+    const auto written = std::to_chars(text, text + kLongest, number);
+    return {*this, impl_->node(Node::Kind::kNumber, {text, written.ptr})};
 }
 
 Value Document::serialisedObject(WideStringView text) {
-    char* const splice = impl_->arena.allocate(kSpliceSize);
-    *splice = kSplice;
-    std::memcpy(splice + 1, &text, kViewSize);
-    impl_->splicedUnits += text.size();
-    return {*this, orBadAlloc(yyjson_mut_rawn(impl_->values, splice, kSpliceSize))};
+    Node* const made = impl_->node(Node::Kind::kSerialised);
+    made->content.serialised = text;
+    return {*this, made};
 }
 
 }  // namespace Orvel::Analytics::Json

@@ -55,6 +55,8 @@ WideString Value::stringify() const {
     return text.copy();
 }
 
+std::size_t Value::serialisedLength() const { return stringify().size(); }
+
 bool ObjectView::hasKey(WideStringView name) const {
     const StringReference key(name);
     Abi::Boolean found = 0;
@@ -126,6 +128,12 @@ void Array::append(const Value& value) {
     check(viewed<Abi::JsonVector>(node_)->Append(valueOf(value.node_)), "JsonArray.Append");
 }
 
+void Array::appendSerialised(const std::list<WideString>& texts) {
+    for (const WideString& text : texts) {
+        append(document_->serialisedObject(text));
+    }
+}
+
 std::uint32_t Array::size() const {
     UINT32 size = 0;
     check(viewed<Abi::JsonVector>(node_)->get_Size(&size), "JsonArray.Size");
@@ -139,9 +147,12 @@ Value Array::getAt(std::uint32_t index) const {
     return {*document_, document_->impl_->own(std::move(value))};
 }
 
-Document::Document() : impl_(std::make_unique<Impl>()) {}
+Document::Document() {
+    static_assert(sizeof(Impl) <= kImplSize);
+    impl_ = new (memory_.data()) Impl;
+}
 
-Document::~Document() = default;
+Document::~Document() { impl_->~Impl(); }
 
 Object Document::newObject() {
     return {*this, impl_->own(query<Abi::JsonValue>(objectClass.activate().get()))};

@@ -38,7 +38,7 @@ struct Answer {
 /// when the connection ends.
 class Conversation {
   public:
-    /// Called on the thread that runs the server: it must not block.
+    /// Called on one of the server's threads: it must not block.
     virtual ~Conversation() = default;
 
     /// Answers one command. Called on the server's worker threads, one command at a time. An
@@ -47,8 +47,9 @@ class Conversation {
                            WideString command) = 0;
 };
 
-/// Makes the conversation of a new connection. Called on the thread that runs the server, so that
-/// connecting costs no client a change of threads: it must not block.
+/// Makes the conversation of a new connection. Called on the server's worker threads, for several
+/// connections at a time, so that connecting costs no client a change of threads: it must not
+/// block.
 /// @return the conversation; null to refuse the client, whose `OpenConnection` then returns 5
 ///     (access denied). An exception ends the connection.
 using ConversationFactory = std::function<std::unique_ptr<Conversation>(const Peer&)>;
@@ -59,7 +60,7 @@ struct Options {
     std::uint32_t largestBody = std::uint32_t{1} << 30;
     /// Connections served at a time; further ones are refused with status 1723 (server too busy).
     std::size_t connections = 1024;
-    /// Threads that execute commands; at least 1.
+    /// Commands that are executed at a time; at least 1. There is one worker thread more than that.
     std::size_t workers = 4;
     /// A connection on which nothing arrives for this long is closed.
     std::chrono::milliseconds idleDeadline = std::chrono::minutes{5};

@@ -1,0 +1,1 @@
+// The one source of the target whose precompiled headers the tests share.
