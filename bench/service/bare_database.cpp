@@ -15,8 +15,8 @@ constexpr const char* kSettings =
 constexpr std::int64_t kApplication = 1;
 constexpr std::int64_t kDataClass = 1;
 
-// A statement that inserts many rows takes a third less time than as many statements; more rows
-// than this save nothing more. It divides a batch.
+// A statement that inserts many rows takes a third less time than as many statements. It divides a
+// batch.
 constexpr std::size_t kRowsAtOnce = 50;
 static_assert(kEventsOfABatch % kRowsAtOnce == 0);
 constexpr int kColumns = 6;
