@@ -5,6 +5,7 @@
 #include <asio/io_context.hpp>
 
 #include <atomic>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -29,7 +30,13 @@ class Alarm {
           watchdog_(std::make_shared<Watchdog>(io.get_executor(), [this] { fire(); })) {}
     Alarm(const Alarm&) = delete;
     Alarm& operator=(const Alarm&) = delete;
-    ~Alarm() { watchdog_->retire(); }
+    ~Alarm() {
+        try {
+            watchdog_->retire();
+        } catch (const std::exception&) {
+            // A timer that cannot be cancelled finds nobody to call.
+        }
+    }
 
     /// Any thread.
     void setFor(TimePoint time) {

@@ -216,11 +216,11 @@ void Session::takeText() {
     } else {
         Peer peer = peerOf(socket_.get());
         peer.argument = std::move(text);
-        greet(std::move(peer));
+        greet(peer);
     }
 }
 
-void Session::greet(Peer peer) {
+void Session::greet(const Peer& peer) {
     conversation_ = service_.factory(peer);
     if (!conversation_) {
         sayLast(Status::kAccessDenied);

@@ -83,7 +83,7 @@ class Session {
     bool understand();
     void takeHeader();
     void takeText();
-    void greet(Peer peer);
+    void greet(const Peer& peer);
     void beginExecution();
     void answer(Answer given);
 
