@@ -27,8 +27,8 @@ struct Arguments {
 
 json readJson(const std::string& file) {
     std::ifstream stream(file);
-    const json read = json::parse(stream, nullptr, false);
-    if (!stream || read.is_discarded()) {
+    const json read = stream ? json::parse(stream, nullptr, false) : json(json::value_t::discarded);
+    if (read.is_discarded()) {
         throw std::runtime_error(file + " cannot be read, or is no JSON");
     }
     return read;

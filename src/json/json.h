@@ -88,8 +88,8 @@ class Array : public Value {
   public:
     void append(const Value& value);
 
-    /// Appends objects that this layer serialised earlier, in their order. From then on the array is
-    /// only to be serialised.
+    /// Appends objects that this layer serialised earlier, in their order. From then on the array
+    /// is only to be serialised.
     /// @param texts the objects' texts, which outlive the document.
     void appendSerialised(const std::list<WideString>& texts);
 
