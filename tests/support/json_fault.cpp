@@ -1,6 +1,7 @@
 #include "support/json_fault.h"
 
 #include <algorithm>
+#include <new>
 
 #include "json/json.h"
 #include "json/raise.h"
@@ -35,8 +36,8 @@ namespace Orvel::Analytics::Json {
 
 struct Document::Impl {};
 
-Document::Document() = default;
-Document::~Document() = default;
+Document::Document() : impl_(new (memory_.data()) Impl) {}
+Document::~Document() { impl_->~Impl(); }
 
 Object Document::newObject() {
     called(JsonOperation::NewObject);
