@@ -1,6 +1,9 @@
 #ifndef ORVEL_SERVICE_PROCESS_H
 #define ORVEL_SERVICE_PROCESS_H
 
+#include <cstdint>
+#include <optional>
+#include <string>
 #include <string_view>
 
 /// @file
@@ -10,6 +13,10 @@ namespace Orvel::Service {
 
 /// Whether the process has the rights of the superuser.
 bool runsAsRoot();
+
+/// The number of a user of this machine; nothing when there is no user of that name.
+/// @throws std::system_error when it cannot be told.
+std::optional<std::uint32_t> userNumber(const std::string& name);
 
 /// Makes a write that cannot be done an error of that write, not the end of the process: to a pipe
 /// or a socket that nobody reads, or to a file beyond the largest size that is allowed.

@@ -1,13 +1,40 @@
+#include <pwd.h>
 #include <signal.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <system_error>
+#include <vector>
 
 #include "service/process.h"
 
 namespace Orvel::Service {
 
 bool runsAsRoot() { return ::geteuid() == 0; }
+
+std::optional<std::uint32_t> userNumber(const std::string& name) {
+    // A name would end at its first U+0000.
+    if (name.find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
+    std::vector<char> texts(1024);
+    for (;;) {
+        passwd entry{};
+        passwd* found = nullptr;
+        const int error = ::getpwnam_r(name.c_str(), &entry, texts.data(), texts.size(), &found);
+        if (found != nullptr) {
+            return found->pw_uid;
+        }
+        if (error == ERANGE) {
+            texts.resize(texts.size() * 2);
+        } else if (error == 0 || error == ENOENT || error == ESRCH) {
+            return std::nullopt;
+        } else if (error != EINTR) {
+            throw std::system_error(error, std::generic_category(), "cannot look up a user");
+        }
+    }
+}
 
 void surviveFailingWrites() {
     std::signal(SIGPIPE, SIG_IGN);

@@ -19,6 +19,10 @@ void checkSchema(const Database& database);
 /// @throws SqlError
 bool holdsConsent(const Database& database);
 
+/// Whether the database has tables for what is counted, which data of an older version lacks.
+/// @throws SqlError
+bool holdsCounts(const Database& database);
+
 }  // namespace Orvel::Service
 
 #endif

@@ -32,6 +32,8 @@ void Database::execute(const std::string& statements) {
     }
 }
 
+std::int64_t Database::changes() const { return sqlite3_changes(handle()); }
+
 void Statement::Finalize::operator()(sqlite3_stmt* handle) const { sqlite3_finalize(handle); }
 
 Statement::Statement(const Database& database, std::string_view text) {
@@ -104,8 +106,8 @@ bool Statement::isNull(int column) const {
     return sqlite3_column_type(handle_.get(), column) == SQLITE_NULL;
 }
 
-Transaction::Transaction(Database& database) : database_(database) {
-    database_.execute("BEGIN IMMEDIATE");
+Transaction::Transaction(Database& database, Database::Access access) : database_(database) {
+    database_.execute(access == Database::Access::kReadOnly ? "BEGIN" : "BEGIN IMMEDIATE");
 }
 
 Transaction::~Transaction() {

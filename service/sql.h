@@ -34,6 +34,9 @@ class Database {
     /// Runs statements that have no parameters. @throws SqlError
     void execute(const std::string& statements);
 
+    /// How many rows the last statement has inserted, changed or removed.
+    std::int64_t changes() const;
+
     sqlite3* handle() const { return handle_.get(); }
 
   private:
@@ -88,11 +91,13 @@ class StatementUse {
     Statement& statement_;
 };
 
-/// A transaction that writes; undone at the end of its block unless it was committed.
+/// A transaction; what it writes is undone at the end of its block unless it was committed.
 class Transaction {
   public:
+    /// @param access with `kReadOnly` it writes nothing, and sees one moment of the data.
     /// @throws SqlError
-    explicit Transaction(Database& database);
+    explicit Transaction(Database& database,
+                         Database::Access access = Database::Access::kReadWrite);
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
     ~Transaction();
