@@ -53,8 +53,8 @@ struct Settings {
     /// Whether events may be stored.
     bool processData = true;
     PrivacyAddresses privacyAddresses;
-    Limits limits;
-    Access access;
+    Limits limits = {};
+    Access access = {};
 
     bool operator==(const Settings&) const = default;
 };

@@ -284,9 +284,10 @@ TEST_F(LimitsTest, LowerLimitTakesAwayWhatIsAboveIt) {
         send({kLongText});
     }
     ASSERT_GT(status().bytes, kSmall);
-    open({.storedBytes = kSmall});
+    store_.reset();
+    Store store(file_, [this] { return now_; }, {.storedBytes = kSmall});
     int pieces = 0;
-    while (store_->removeSome(5)) {
+    while (store.removeSome(5)) {
         ++pieces;
     }
     EXPECT_GT(pieces, 1);

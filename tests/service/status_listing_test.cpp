@@ -86,7 +86,7 @@ TEST_F(StatusListingTest, TextHasALineForEachAndSteersNoTerminal) {
     send("My\x1B[31mApp");
     const std::string text = show(ListingForm::kText, limits_);
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 6);
-    EXPECT_THAT(text, HasSubstr(" bytes, of 5000000\n"));
+    EXPECT_THAT(text, HasSubstr(", of 5000000\n"));
     EXPECT_THAT(text, HasSubstr("2 events in 1 batches, last 2024-10-07T00:00:00.000Z\n"));
     EXPECT_THAT(text, HasSubstr("0 events in 0 batches, last never\n"));
     EXPECT_THAT(text, HasSubstr("2, of 10: My\\u001b[31mApp\n"));
