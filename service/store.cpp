@@ -5,6 +5,7 @@
 
 #include "service/batch_table.h"
 #include "service/consent_table.h"
+#include "service/database_files.h"
 #include "service/gathering.h"
 #include "service/schema.h"
 #include "service/time_ordered_ids.h"
@@ -18,7 +19,10 @@ Database openDatabase(const std::filesystem::path& file) {
     // A reader may hold a lock for a moment.
     database.execute("PRAGMA busy_timeout = 5000");
     database.execute("PRAGMA foreign_keys = ON");
+    // What is refused stays as it was found.
+    database.tidyUpOnClose(false);
     prepareSchema(database);
+    database.tidyUpOnClose(true);
     database.execute("PRAGMA journal_mode = WAL");
     database.execute("PRAGMA synchronous = FULL");
     return database;
@@ -58,7 +62,8 @@ class Store::Impl {
         : clock_(std::move(clock)),
           database_(openDatabase(file)),
           reader_(openReader(file)),
-          ids_(lastId(database_)) {}
+          ids_(lastId(database_)),
+          files_(file) {}
 
     Registered registerClass(std::string_view application, const DataClass& dataClass);
     std::optional<StoredClass> latestClass(std::string_view application,
@@ -75,6 +80,7 @@ class Store::Impl {
     bool storeTogether(const std::vector<IncomingBatch*>& batches);
     void storeAlone(IncomingBatch& batch);
     void insert(const IncomingBatch& batch);
+    void commit(Transaction& transaction);
 
     Clock clock_;
     /// Held by who uses the connection that writes, and what belongs to it.
@@ -84,6 +90,7 @@ class Store::Impl {
     std::mutex reading_;
     Database reader_;
     TimeOrderedIds ids_;
+    DatabaseFiles files_;
     /// A commit waits for the disk, however much it commits.
     Gathering<IncomingBatch> incoming_{
         [this](const std::vector<IncomingBatch*>& batches) { storeBatches(batches); }};
@@ -110,6 +117,14 @@ class Store::Impl {
     Statement addConsent_{database_,
                           "INSERT INTO consent_change VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"};
 };
+
+// What is written to files that have gone from their place nobody would find again.
+void Store::Impl::commit(Transaction& transaction) {
+    if (!files_.areInPlace()) {
+        throw SqlError("the database has gone from its place, " + files_.database().string());
+    }
+    transaction.commit();
+}
 
 std::int64_t Store::Impl::applicationId(std::string_view name) {
     addApplication_.bind(1, name).run();
@@ -139,7 +154,7 @@ Registered Store::Impl::registerClass(std::string_view application, const DataCl
         .bind(6, now.count())
         .bind(7, ids_.next(now))
         .run();
-    transaction.commit();
+    commit(transaction);
     return Registered::kAccepted;
 }
 
@@ -179,7 +194,7 @@ bool Store::Impl::storeTogether(const std::vector<IncomingBatch*>& batches) {
         for (const IncomingBatch* batch : batches) {
             insert(*batch);
         }
-        transaction.commit();
+        commit(transaction);
         return true;
     } catch (const std::exception&) {
         return false;
@@ -190,7 +205,7 @@ void Store::Impl::storeAlone(IncomingBatch& batch) {
     try {
         Transaction transaction(database_);
         insert(batch);
-        transaction.commit();
+        commit(transaction);
     } catch (...) {
         batch.failure = std::current_exception();
     }
@@ -220,7 +235,7 @@ void Store::Impl::setConsent(std::string_view application, std::uint32_t peerUse
         .bind(7, permissions.support)
         .bind(8, permissions.productEnhancement)
         .run();
-    transaction.commit();
+    commit(transaction);
 }
 
 Store::Store(const std::filesystem::path& file, Clock clock)

@@ -61,15 +61,17 @@ enum class Registered {
 };
 
 /// The service's data, in one SQLite database. Whatever an operation has written is durable when it
-/// returns, and an operation that throws has written nothing.
+/// returns, and an operation that throws has written nothing. What writes throws when the database
+/// is no longer where it was opened.
 ///
 /// Any thread. What writes blocks on the disk and waits for its turn; batches that wait at the same
 /// time share a transaction, and those that can be stored are stored whatever becomes of the
 /// others. What only reads waits for no writing.
 class Store {
   public:
-    /// Opens the database, or makes a new one.
-    /// @throws SqlError when it cannot be opened or is not this version's.
+    /// Opens the database, or makes a new one. An old one is read whole.
+    /// @throws SqlError when it cannot be opened or is not this version's; DamagedDatabase when it
+    ///     is not sound. Its file is left as it is then.
     Store(const std::filesystem::path& file, Clock clock);
     ~Store();
 
