@@ -22,6 +22,14 @@ std::optional<std::uint32_t> userNumber(const std::string& name);
 /// or a socket that nobody reads, or to a file beyond the largest size that is allowed.
 void surviveFailingWrites();
 
+/// Lets the process have as many descriptors as the system allows it. What it is given at first is
+/// meant for programs that have few, and would keep clients out before there are too many of them.
+void allowManyDescriptors();
+
+/// The number of a group of this machine.
+/// @throws std::runtime_error when there is no group of that name.
+std::uint32_t groupNamed(const std::string& name);
+
 /// Lets the process come to its own end: signals that would end it are held back from now on. For
 /// when no other thread runs any more.
 void ignoreFurtherSignals();

@@ -1,9 +1,12 @@
+#include <grp.h>
 #include <pwd.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <stdexcept>
 #include <system_error>
 #include <vector>
 
@@ -39,6 +42,27 @@ std::optional<std::uint32_t> userNumber(const std::string& name) {
 void surviveFailingWrites() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+}
+
+void allowManyDescriptors() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        // Where this is forbidden, those that there are must do.
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
+std::uint32_t groupNamed(const std::string& name) {
+    // Far more than the names of a large group's members take.
+    std::vector<char> buffer(std::size_t{1} << 20U);
+    group entry{};
+    group* found = nullptr;
+    ::getgrnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found);
+    if (found == nullptr) {
+        throw std::runtime_error("there is no group " + name + " (socket_group)");
+    }
+    return found->gr_gid;
 }
 
 void ignoreFurtherSignals() {

@@ -126,15 +126,30 @@ void checkVersion(const Database& database, std::int64_t version) {
     }
 }
 
+/// Indexes are not compared with their tables, which would take several times as long.
+void checkSoundness(const Database& database) {
+    Statement check(database, "PRAGMA quick_check(1)");
+    if (check.step() && check.text(0) != "ok") {
+        throw DamagedDatabase("the database is damaged: " + std::string(check.text(0)));
+    }
+}
+
 }  // namespace
 
 void prepareSchema(Database& database) {
-    Transaction transaction(database);
     const std::int64_t version = versionOf(database);
-    if (version == 0 && singleInteger(database, "SELECT count(*) FROM sqlite_schema") == 0) {
-        database.execute("PRAGMA application_id = " + std::to_string(kApplicationId));
-    } else {
+    const bool isNew =
+        version == 0 && singleInteger(database, "SELECT count(*) FROM sqlite_schema") == 0;
+    if (!isNew) {
         checkVersion(database, version);
+        checkSoundness(database);
+    }
+    if (version == kVersion) {
+        return;
+    }
+    Transaction transaction(database);
+    if (isNew) {
+        database.execute("PRAGMA application_id = " + std::to_string(kApplicationId));
     }
     for (auto step = static_cast<std::size_t>(version); step < kSteps.size(); ++step) {
         database.execute(kSteps[step]);

@@ -55,6 +55,11 @@ struct Settings {
     PrivacyAddresses privacyAddresses;
     Limits limits = {};
     Access access = {};
+    /// The octal mode of the socket's file; empty for the one that follows from who runs the
+    /// service and from `socketGroup`.
+    std::string socketMode{};
+    /// The group of the socket's file; empty for that of the process.
+    std::string socketGroup{};
 
     bool operator==(const Settings&) const = default;
 };

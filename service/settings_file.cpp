@@ -111,6 +111,11 @@ bool isCountryCode(std::string_view text) {
     return text.empty() || (text.size() == 2 && std::all_of(text.begin(), text.end(), isLetter));
 }
 
+bool isFileMode(std::string_view text) {
+    const bool isOctal = text.find_first_not_of("01234567") == std::string_view::npos;
+    return text.empty() || (isOctal && text.size() == 4 && text.front() == '0');
+}
+
 bool isAddress(std::string_view text) {
     const auto continues = [text](std::string_view begin) {
         return text.starts_with(begin) && text.size() > begin.size();
@@ -259,17 +264,21 @@ Take takeAccess(Access& access) {
 
 Settings settingsOf(const std::string& content) {
     Settings settings;
-    takeTable(toml::parse(content),
-              {{"device_serial_number", takePlainText(settings.deviceSerialNumber)},
-               {"country_code", takeText(settings.countryCode, isCountryCode,
-                                         "two capital letters, or an empty text")},
-               {"tenant", takePlainText(settings.tenant)},
-               {"consent_source", takePlainText(settings.consentSource)},
-               {"managed", takeBoolean(settings.managed)},
-               {"process_data", takeBoolean(settings.processData)},
-               {"privacy_documents", takeAddresses(settings.privacyAddresses)},
-               {"limits", takeLimits(settings.limits)},
-               {"access", takeAccess(settings.access)}});
+    takeTable(
+        toml::parse(content),
+        {{"device_serial_number", takePlainText(settings.deviceSerialNumber)},
+         {"country_code",
+          takeText(settings.countryCode, isCountryCode, "two capital letters, or an empty text")},
+         {"tenant", takePlainText(settings.tenant)},
+         {"consent_source", takePlainText(settings.consentSource)},
+         {"managed", takeBoolean(settings.managed)},
+         {"process_data", takeBoolean(settings.processData)},
+         {"privacy_documents", takeAddresses(settings.privacyAddresses)},
+         {"socket_mode", takeText(settings.socketMode, isFileMode,
+                                  "four octal digits, the first of them 0, or an empty text")},
+         {"socket_group", takePlainText(settings.socketGroup)},
+         {"limits", takeLimits(settings.limits)},
+         {"access", takeAccess(settings.access)}});
     return settings;
 }
 

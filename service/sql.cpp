@@ -7,8 +7,13 @@ namespace Orvel::Service {
 namespace {
 
 [[noreturn]] void fail(sqlite3* handle) {
-    throw SqlError(std::string(sqlite3_errmsg(handle)) + " (SQLite code " +
-                   std::to_string(sqlite3_extended_errcode(handle)) + ")");
+    const std::string what = std::string(sqlite3_errmsg(handle)) + " (SQLite code " +
+                             std::to_string(sqlite3_extended_errcode(handle)) + ")";
+    const int code = sqlite3_errcode(handle);
+    if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) {
+        throw DamagedDatabase(what);
+    }
+    throw SqlError(what);
 }
 
 }  // namespace
@@ -30,6 +35,10 @@ void Database::execute(const std::string& statements) {
     if (sqlite3_exec(handle(), statements.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail(handle());
     }
+}
+
+void Database::tidyUpOnClose(bool tidies) {
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, tidies ? 0 : 1, nullptr);
 }
 
 std::int64_t Database::changes() const { return sqlite3_changes(handle()); }

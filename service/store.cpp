@@ -8,6 +8,7 @@
 #include "service/batch_table.h"
 #include "service/consent_table.h"
 #include "service/daily_count.h"
+#include "service/database_files.h"
 #include "service/gathering.h"
 #include "service/retention.h"
 #include "service/schema.h"
@@ -24,7 +25,10 @@ Database openDatabase(const std::filesystem::path& file) {
     // References hold by the way in which rows are written. Were they enforced, removing a batch
     // would search all events for one that belongs to it.
     database.execute("PRAGMA foreign_keys = OFF");
+    // What is refused stays as it was found.
+    database.tidyUpOnClose(false);
     prepareSchema(database);
+    database.tidyUpOnClose(true);
     database.execute("PRAGMA journal_mode = WAL");
     database.execute("PRAGMA synchronous = FULL");
     return database;
@@ -67,7 +71,8 @@ class Store::Impl {
           database_(openDatabase(file)),
           retention_(database_, limits),
           reader_(openReader(file)),
-          ids_(lastId(database_)) {}
+          ids_(lastId(database_)),
+          files_(file) {}
 
     Registered registerClass(std::string_view application, const DataClass& dataClass);
     std::optional<StoredClass> latestClass(std::string_view application,
@@ -88,6 +93,7 @@ class Store::Impl {
     void store(std::span<IncomingBatch* const> batches);
     void insert(IncomingBatch& batch, std::chrono::milliseconds now);
     bool hasQuota(const IncomingBatch& batch, std::chrono::milliseconds now);
+    void commit(Transaction& transaction);
 
     Clock clock_;
     std::int64_t mostEventsOfADay_;
@@ -99,6 +105,7 @@ class Store::Impl {
     std::mutex reading_;
     Database reader_;
     TimeOrderedIds ids_;
+    DatabaseFiles files_;
     /// A commit waits for the disk, however much it commits.
     Gathering<IncomingBatch> incoming_{
         [this](const std::vector<IncomingBatch*>& batches) { storeBatches(batches); }};
@@ -126,6 +133,14 @@ class Store::Impl {
     Statement addConsent_{database_,
                           "INSERT INTO consent_change VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"};
 };
+
+// What is written to files that have gone from their place nobody would find again.
+void Store::Impl::commit(Transaction& transaction) {
+    if (!files_.areInPlace()) {
+        throw SqlError("the database has gone from its place, " + files_.database().string());
+    }
+    transaction.commit();
+}
 
 std::int64_t Store::Impl::applicationId(std::string_view name) {
     addApplication_.bind(1, name).run();
@@ -165,7 +180,7 @@ Registered Store::Impl::registerClass(std::string_view application, const DataCl
         .bind(7, ids_.next(now))
         .run();
     makeRoom(now, ids_.last());
-    transaction.commit();
+    commit(transaction);
     return Registered::kAccepted;
 }
 
@@ -226,7 +241,7 @@ void Store::Impl::store(std::span<IncomingBatch* const> batches) {
         insert(*batch, now);
     }
     makeRoom(now, last);
-    transaction.commit();
+    commit(transaction);
 }
 
 /// A batch that its application may not send any more today leaves no trace in the transaction.
@@ -267,7 +282,7 @@ void Store::Impl::setConsent(std::string_view application, std::uint32_t peerUse
         .bind(8, permissions.productEnhancement)
         .run();
     makeRoom(now, ids_.last());
-    transaction.commit();
+    commit(transaction);
 }
 
 bool Store::Impl::removeSome(std::int64_t mostBatches) {

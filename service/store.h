@@ -62,7 +62,8 @@ enum class Registered {
 };
 
 /// The service's data, in one SQLite database. Whatever an operation has written is durable when it
-/// returns, and an operation that throws has written nothing.
+/// returns, and an operation that throws has written nothing. What writes throws when the database
+/// is no longer where it was opened.
 ///
 /// What is stored stays within limits. Events that are too old, and the oldest ones for which there
 /// is no room any more, go with the next batch, registration or change of the consent; that which
@@ -73,9 +74,10 @@ enum class Registered {
 /// others. What only reads waits for no writing.
 class Store {
   public:
-    /// Opens the database, or makes a new one.
+    /// Opens the database, or makes a new one. An old one is read whole.
     /// @param limits those of what is stored are kept.
-    /// @throws SqlError when it cannot be opened or is not this version's.
+    /// @throws SqlError when it cannot be opened or is not this version's; DamagedDatabase when it
+    ///     is not sound. Its file is left as it is then.
     Store(const std::filesystem::path& file, Clock clock, const Limits& limits = {});
     ~Store();
 

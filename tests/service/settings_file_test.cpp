@@ -53,6 +53,8 @@ TEST_F(SettingsFileTest, ReadsEverySetting) {
         consent_source = "the company"
         managed = true
         process_data = false
+        socket_mode = "0660"
+        socket_group = "staff"
         privacy_documents.privacyurl = "https://example.com/p?a=b#c"
         privacy_documents.warrantyurl = "http://example.com/w"
         privacy_documents.telemetryurl = "file:///usr/share/doc/telemetry.html"
@@ -101,7 +103,9 @@ TEST_F(SettingsFileTest, ReadsEverySetting) {
                                    .applications = {{{"My \0 App"s,
                                                       {.users = Users{0, 1001},
                                                        .dataClasses = {{"", "PageView"}}}},
-                                                     {"Other", {}}}}}}));
+                                                     {"Other", {}}}}},
+                        .socketMode = "0660",
+                        .socketGroup = "staff"}));
 }
 
 TEST_F(SettingsFileTest, WhatIsNotNamedHasItsDefault) {
@@ -118,11 +122,13 @@ TEST_F(SettingsFileTest, ExampleNamesEverySettingWithItsDefault) {
     EXPECT_EQ(readSettings(ORVEL_EXAMPLE_SETTINGS), Settings{});
     std::ifstream in(ORVEL_EXAMPLE_SETTINGS);
     const std::string example(std::istreambuf_iterator<char>(in), {});
-    for (const std::string name :
-         {"device_serial_number", "country_code", "tenant", "consent_source", "managed",
-          "process_data", "privacyurl", "warrantyurl", "telemetryurl", "command_bytes",
-          "batch_events", "events_per_day", "stored_bytes", "stored_days", "connections",
-          "idle_seconds", "stalled_seconds", "transfer_seconds"}) {
+    for (const std::string name : {"device_serial_number", "country_code",    "tenant",
+                                   "consent_source",       "managed",         "process_data",
+                                   "socket_mode",          "socket_group",    "privacyurl",
+                                   "warrantyurl",          "telemetryurl",    "command_bytes",
+                                   "batch_events",         "events_per_day",  "stored_bytes",
+                                   "stored_days",          "connections",     "idle_seconds",
+                                   "stalled_seconds",      "transfer_seconds"}) {
         EXPECT_THAT(example, HasSubstr("\n" + name + " = "));
     }
 }
@@ -162,6 +168,10 @@ TEST_F(SettingsFileTest, RefusesBadValuesWhereTheyStand) {
                   "2:15: this must be an address that begins with https://, http:// or file:/// "
                   "and has no blanks, or an empty text")
             << address;
+    }
+    for (const std::string mode : {"666", "0888", "1777", "06660", "rw-rw----", " "}) {
+        EXPECT_EQ(failure("socket_mode = '" + mode + "'"),
+                  "1:15: this must be four octal digits, the first of them 0, or an empty text");
     }
     for (const std::string text : {"\\u0000", "a\\nb", "\\u001b[31m", "\\u007f"}) {
         EXPECT_EQ(failure("tenant = \"" + text + "\""),
