@@ -35,6 +35,9 @@ runPresetTests() {
 
 closingLines() { sed -n '/tests passed,/,$p' "$root/build/$1/test.log"; }
 
+# The tables that the suites of faults print at their end.
+faultLines() { sed -n 's/^fault | /  /p' "$root/build/$1/Testing/Temporary/LastTest.log"; }
+
 runTests() {
     requirePackages "${buildPackages[@]}"
     local preset failed=0
@@ -44,6 +47,7 @@ runTests() {
     say "Summary"
     for preset in release sanitize; do
         printf '%s:\n' "$preset"
+        faultLines "$preset"
         closingLines "$preset"
     done
     return "$failed"

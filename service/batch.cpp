@@ -85,10 +85,11 @@ Batch::Batch(std::string_view document)
     dataText_.enterArray();
 }
 
-std::vector<JudgedEvent> Batch::judge(const FindClass& findClass) const {
+std::vector<JudgedEvent> Batch::judge(const FindClass& findClass,
+                                      const MayReport& mayReport) const {
     std::vector<JudgedEvent> judged;
     judged.reserve(data_.size());
-    EventJudge judge(findClass);
+    EventJudge judge(findClass, mayReport);
     JsonCursor text = dataText_;
     data_.forEachElement([&](JsonValue event) {
         const auto name = lastNameOfValues(event);

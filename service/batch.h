@@ -24,8 +24,13 @@ class Batch {
 
     const Session& session() const { return session_; }
 
+    /// How many events it has.
+    std::size_t size() const { return data_.size(); }
+
     /// Judges every event, in order. What it gives borrows from the batch.
-    std::vector<JudgedEvent> judge(const FindClass& findClass) const;
+    /// @param mayReport every class when nothing is said.
+    std::vector<JudgedEvent> judge(const FindClass& findClass,
+                                   const MayReport& mayReport = {}) const;
 
   private:
     JsonDocument json_;

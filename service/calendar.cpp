@@ -38,6 +38,10 @@ bool isCompactTimestamp(std::string_view text) {
            number(text.substr(13, 2)) <= 60;
 }
 
+std::int64_t utcDay(std::chrono::milliseconds time) {
+    return std::chrono::floor<std::chrono::days>(time).count();
+}
+
 std::string utcText(std::chrono::milliseconds time) {
     const std::chrono::sys_time<std::chrono::milliseconds> point{time};
     const auto midnight = std::chrono::floor<std::chrono::days>(point);

@@ -19,6 +19,9 @@ std::chrono::milliseconds systemTime();
 /// that form, a minute may have a second 60.
 bool isCompactTimestamp(std::string_view text);
 
+/// How many days, by UTC, lie between 1970-01-01 and that time.
+std::int64_t utcDay(std::chrono::milliseconds time);
+
 /// Such as 2026-11-20T23:24:21.123Z.
 std::string utcText(std::chrono::milliseconds time);
 

@@ -1,5 +1,7 @@
 #include "service/conversation.h"
 
+#include <algorithm>
+
 #include "service/batch.h"
 #include "service/calendar.h"
 #include "service/consent_record.h"
@@ -23,6 +25,14 @@ void expectNoPayload(const Command& command) {
     if (!command.payload.empty()) {
         throw Refusal(ErrorNames::kMalformedOrUnknownMessage);
     }
+}
+
+/// How many events a batch may have: the reply, which may be no longer than a command, has an error
+/// for each bad one.
+std::size_t largestBatch(const Limits& limits) {
+    constexpr std::int64_t kBytesOfAnError = 128;
+    return static_cast<std::size_t>(
+        std::min(limits.batchEvents, limits.commandBytes / kBytesOfAnError));
 }
 
 }  // namespace
@@ -77,6 +87,9 @@ WideString Conversation::connect(const Command& command) {
     if (!name_.empty() && command.application != name_) {
         return refuse(ErrorNames::kApplicationPipeNotMatch);
     }
+    if (!settings_.access.mayConnect(*application, peer_.userId)) {
+        return refuse(ErrorNames::kApplicationIsNotAuthorizedToConnect);
+    }
     name_ = command.application;
     application_ = std::move(*application);
     return plainReply(name_, Tokens::kAcknowledged);
@@ -108,6 +121,9 @@ WideString Conversation::serve(const Command& command) {
 
 void Conversation::registerClass(WideStringView payload) {
     const DataClass dataClass = readRegistration(payloadText(payload));
+    if (!settings_.access.mayUse(application_, dataClass.id)) {
+        throw Refusal(ErrorNames::kDataclassIsNotAuthorizedForThisApplication);
+    }
     try {
         if (store_.registerClass(application_, dataClass) == Registered::kConflict) {
             throw Refusal(ErrorNames::kInvalidDataclassRegistration);
@@ -131,9 +147,16 @@ std::vector<ErrorName> Conversation::collect(WideStringView payload) {
     if (!session.started.empty() && !isCompactTimestamp(session.started)) {
         throw Refusal(ErrorNames::kInvalidDatetimeFormat);
     }
-    const auto events = batch.judge([this](std::string_view identifier) {
-        return store_.latestClass(application_, identifier);
-    });
+    if (batch.size() > largestBatch(settings_.limits)) {
+        throw Refusal(ErrorNames::kQuotaExceeded);
+    }
+    const auto events = batch.judge(
+        [this](std::string_view identifier) {
+            return store_.latestClass(application_, identifier);
+        },
+        [this](std::string_view identifier) {
+            return settings_.access.mayUse(application_, identifier);
+        });
     store_.addBatch(session, peer_.userId, events);
     std::vector<ErrorName> errors;
     for (const JudgedEvent& event : events) {

@@ -17,14 +17,21 @@ class DataFolder {
   public:
     /// Makes the folder when it is missing, for its owner only, and claims it.
     /// @throws std::system_error when it cannot be made; std::runtime_error when another service
-    ///     has claimed it.
+    ///     has claimed it, or when others than this process's user may look into it.
     explicit DataFolder(const std::filesystem::path& folder);
     DataFolder(const DataFolder&) = delete;
     DataFolder& operator=(const DataFolder&) = delete;
     ~DataFolder();
 
-    /// The database within it; made, empty and for its owner only, when it was missing.
+    /// The database within it, for its owner only; made, and empty, when it was missing.
     const std::filesystem::path& database() const { return database_; }
+
+    /// Gives the database, with its log, a name that no file has, and makes an empty one. Nobody
+    /// may have it open. When it fails, or when the machine stops in the middle, the files are
+    /// there under their old names or under new ones.
+    /// @return the new name.
+    /// @throws std::system_error
+    std::filesystem::path keepDatabaseAside();
 
   private:
     class Lock;

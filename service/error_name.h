@@ -15,10 +15,14 @@ using ErrorName = std::string_view;
 namespace ErrorNames {
 
 inline constexpr ErrorName kApplicationIsNotConnected = "ApplicationIsNotConnected";
+inline constexpr ErrorName kApplicationIsNotAuthorizedToConnect =
+    "ApplicationIsNotAuthorizedToConnect";
 inline constexpr ErrorName kApplicationPipeNotMatch = "ApplicationPipeNotMatch";
 inline constexpr ErrorName kMalformedOrUnknownMessage = "MalformedOrUnknownMessage";
 inline constexpr ErrorName kMalformedJson = "MalformedJson";
 inline constexpr ErrorName kMalformedDataclass = "MalformedDataclass";
+inline constexpr ErrorName kDataclassIsNotAuthorizedForThisApplication =
+    "DataclassIsNotAuthorizedForThisApplication";
 inline constexpr ErrorName kInvalidDataclassRegistration = "InvalidDataclassRegistration";
 inline constexpr ErrorName kErrorIODataclassRegistration = "ErrorIODataclassRegistration";
 inline constexpr ErrorName kUnregisteredDataclass = "UnregisteredDataclass";
@@ -26,6 +30,7 @@ inline constexpr ErrorName kDataclassNotFollowRegisteredFormat =
     "DataclassNotFollowRegisteredFormat";
 inline constexpr ErrorName kDateTimeFieldIsRequired = "DateTimeFieldIsRequired";
 inline constexpr ErrorName kInvalidDatetimeFormat = "InvalidDatetimeFormat";
+inline constexpr ErrorName kQuotaExceeded = "QuotaExceeded";
 inline constexpr ErrorName kNotRightAccessToWrite = "NotRightAccessToWrite";
 inline constexpr ErrorName kUnableToSetConsentForManagedDevice =
     "UnableToSetConsentForManagedDevice";

@@ -79,6 +79,10 @@ JudgedEvent EventJudge::judge(std::size_t index, JsonValue event, std::string_vi
         return refuse(ErrorNames::kMalformedJson);
     }
     judged.className = record->className;
+    if (mayReport_ && !mayReport_(record->className)) {
+        judged.content = {};
+        return refuse(ErrorNames::kDataclassIsNotAuthorizedForThisApplication, record->className);
+    }
     KnownClass* known = knownClass(record->className);
     if (known == nullptr) {
         return refuse(ErrorNames::kUnregisteredDataclass, record->className);

@@ -14,6 +14,7 @@
 #include "service/process.h"
 #include "service/serve.h"
 #include "service/settings_file.h"
+#include "service/status_listing.h"
 #include "service/store_reader.h"
 
 namespace {
@@ -46,6 +47,10 @@ struct Arguments {
     bool history = false;
 
     std::filesystem::path dataFolder() const { return data ? *data : defaultDataFolder(); }
+    Settings readSettings() const {
+        const auto file = settings ? settings : defaultSettingsFile(runsAsRoot());
+        return file ? Orvel::Service::readSettings(*file) : Settings{};
+    }
     ListingForm form() const { return json ? ListingForm::kJson : ListingForm::kText; }
 };
 
@@ -96,10 +101,14 @@ int runConsent(const Arguments& arguments) {
     if (arguments.history) {
         listConsentChanges(reader, arguments.form(), print);
     } else {
-        const auto file =
-            arguments.settings ? arguments.settings : defaultSettingsFile(runsAsRoot());
-        showConsent(reader, file ? readSettings(*file) : Settings{}, arguments.form(), print);
+        showConsent(reader, arguments.readSettings(), arguments.form(), print);
     }
+    return kSuccess;
+}
+
+int runStatus(const Arguments& arguments) {
+    StoreReader reader = openReader(arguments);
+    showStatus(reader, arguments.readSettings().limits, systemTime(), arguments.form(), print);
     return kSuccess;
 }
 
@@ -122,6 +131,9 @@ CLI::App* addService(CLI::App& app, Arguments& arguments) {
     CLI::App* service = addCommand(app, arguments, "serve",
                                    R"(Run the service until SIGTERM or SIGINT.
 
+The settings file says, among other things, how much the service takes on and who
+may talk with it.
+
 Example:
   orvel-analyticsd serve --data /var/lib/orvel-analytics
 )");
@@ -141,6 +153,18 @@ Example:
         ->excludes(settings);
     addJson(*consent, arguments);
     return consent;
+}
+
+CLI::App* addStatus(CLI::App& app, Arguments& arguments) {
+    CLI::App* status = addCommand(app, arguments, "status",
+                                  R"(Show how much is stored, and what was removed to make room.
+
+Example:
+  orvel-analyticsd status --json
+)");
+    addSettings(*status, arguments);
+    addJson(*status, arguments);
+    return status;
 }
 
 /// CLI11's own check of a range tells people about numbers of 300 digits.
@@ -187,6 +211,7 @@ Example:
 )");
     addJson(*classes, arguments);
     const CLI::App* consent = addConsent(app, arguments);
+    const CLI::App* status = addStatus(app, arguments);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -197,6 +222,7 @@ Example:
     }
     const int result = events->parsed()    ? runEvents(arguments)
                        : consent->parsed() ? runConsent(arguments)
+                       : status->parsed()  ? runStatus(arguments)
                                            : runClasses(arguments);
     if (std::fflush(stdout) != 0) {
         throw std::runtime_error("cannot write to standard output");

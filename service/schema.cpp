@@ -80,10 +80,30 @@ CREATE TABLE consent_change(
 ) STRICT;
 )sql";
 
+constexpr const char* kLimitTables = R"sql(
+-- How many events were stored for an application on the last day, by UTC, on which any were.
+CREATE TABLE daily_count(
+    application_id INTEGER PRIMARY KEY REFERENCES application(id),
+    day INTEGER NOT NULL,               -- days since 1970-01-01
+    events INTEGER NOT NULL
+) STRICT;
+
+-- What has been removed because it was too old, or to make room.
+CREATE TABLE removal(
+    reason TEXT PRIMARY KEY CHECK(reason IN ('age', 'room')),
+    batches INTEGER NOT NULL,
+    events INTEGER NOT NULL,
+    last_time INTEGER,                  -- NULL when there was none yet
+    last_id INTEGER NOT NULL            -- the greatest identifier that went
+) STRICT;
+INSERT INTO removal VALUES('age', 0, 0, NULL, 0), ('room', 0, 0, NULL, 0);
+)sql";
+
 /// Data of version N has gone through the first N steps.
-constexpr std::array kSteps = {kEventTables, kConsentTable};
+constexpr std::array kSteps = {kEventTables, kConsentTable, kLimitTables};
 constexpr std::int64_t kVersion = kSteps.size();
 constexpr std::int64_t kVersionWithConsent = 2;
+constexpr std::int64_t kVersionWithLimits = 3;
 
 std::int64_t singleInteger(const Database& database, const char* query) {
     Statement statement(database, query);
@@ -106,15 +126,30 @@ void checkVersion(const Database& database, std::int64_t version) {
     }
 }
 
+/// Indexes are not compared with their tables, which would take several times as long.
+void checkSoundness(const Database& database) {
+    Statement check(database, "PRAGMA quick_check(1)");
+    if (check.step() && check.text(0) != "ok") {
+        throw DamagedDatabase("the database is damaged: " + std::string(check.text(0)));
+    }
+}
+
 }  // namespace
 
 void prepareSchema(Database& database) {
-    Transaction transaction(database);
     const std::int64_t version = versionOf(database);
-    if (version == 0 && singleInteger(database, "SELECT count(*) FROM sqlite_schema") == 0) {
-        database.execute("PRAGMA application_id = " + std::to_string(kApplicationId));
-    } else {
+    const bool isNew =
+        version == 0 && singleInteger(database, "SELECT count(*) FROM sqlite_schema") == 0;
+    if (!isNew) {
         checkVersion(database, version);
+        checkSoundness(database);
+    }
+    if (version == kVersion) {
+        return;
+    }
+    Transaction transaction(database);
+    if (isNew) {
+        database.execute("PRAGMA application_id = " + std::to_string(kApplicationId));
     }
     for (auto step = static_cast<std::size_t>(version); step < kSteps.size(); ++step) {
         database.execute(kSteps[step]);
@@ -126,5 +161,7 @@ void prepareSchema(Database& database) {
 void checkSchema(const Database& database) { checkVersion(database, versionOf(database)); }
 
 bool holdsConsent(const Database& database) { return versionOf(database) >= kVersionWithConsent; }
+
+bool holdsCounts(const Database& database) { return versionOf(database) >= kVersionWithLimits; }
 
 }  // namespace Orvel::Service

@@ -7,8 +7,13 @@ namespace Orvel::Service {
 namespace {
 
 [[noreturn]] void fail(sqlite3* handle) {
-    throw SqlError(std::string(sqlite3_errmsg(handle)) + " (SQLite code " +
-                   std::to_string(sqlite3_extended_errcode(handle)) + ")");
+    const std::string what = std::string(sqlite3_errmsg(handle)) + " (SQLite code " +
+                             std::to_string(sqlite3_extended_errcode(handle)) + ")";
+    const int code = sqlite3_errcode(handle);
+    if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) {
+        throw DamagedDatabase(what);
+    }
+    throw SqlError(what);
 }
 
 }  // namespace
@@ -31,6 +36,12 @@ void Database::execute(const std::string& statements) {
         fail(handle());
     }
 }
+
+void Database::tidyUpOnClose(bool tidies) {
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, tidies ? 0 : 1, nullptr);
+}
+
+std::int64_t Database::changes() const { return sqlite3_changes(handle()); }
 
 void Statement::Finalize::operator()(sqlite3_stmt* handle) const { sqlite3_finalize(handle); }
 
@@ -104,8 +115,8 @@ bool Statement::isNull(int column) const {
     return sqlite3_column_type(handle_.get(), column) == SQLITE_NULL;
 }
 
-Transaction::Transaction(Database& database) : database_(database) {
-    database_.execute("BEGIN IMMEDIATE");
+Transaction::Transaction(Database& database, Database::Access access) : database_(database) {
+    database_.execute(access == Database::Access::kReadOnly ? "BEGIN" : "BEGIN IMMEDIATE");
 }
 
 Transaction::~Transaction() {

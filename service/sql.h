@@ -23,7 +23,14 @@ class SqlError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// One connection; used by one thread at a time.
+/// What the database's file holds is not, or no longer, a sound database.
+class DamagedDatabase : public SqlError {
+  public:
+    using SqlError::SqlError;
+};
+
+/// One connection; used by one thread at a time. Any operation finds damage where it comes across
+/// it, and then throws a DamagedDatabase.
 class Database {
   public:
     enum class Access { kReadOnly, kReadWrite };
@@ -33,6 +40,13 @@ class Database {
 
     /// Runs statements that have no parameters. @throws SqlError
     void execute(const std::string& statements);
+
+    /// Whether closing the connection, when it is the last one, moves what the log of a WAL
+    /// database holds into its main file. At first it does.
+    void tidyUpOnClose(bool tidies);
+
+    /// How many rows the last statement has inserted, changed or removed.
+    std::int64_t changes() const;
 
     sqlite3* handle() const { return handle_.get(); }
 
@@ -88,11 +102,13 @@ class StatementUse {
     Statement& statement_;
 };
 
-/// A transaction that writes; undone at the end of its block unless it was committed.
+/// A transaction; what it writes is undone at the end of its block unless it was committed.
 class Transaction {
   public:
+    /// @param access with `kReadOnly` it writes nothing, and sees one moment of the data.
     /// @throws SqlError
-    explicit Transaction(Database& database);
+    explicit Transaction(Database& database,
+                         Database::Access access = Database::Access::kReadWrite);
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
     ~Transaction();

@@ -1,11 +1,16 @@
 #include "service/store.h"
 
 #include <exception>
+#include <iterator>
 #include <mutex>
+#include <span>
 
 #include "service/batch_table.h"
 #include "service/consent_table.h"
+#include "service/daily_count.h"
+#include "service/database_files.h"
 #include "service/gathering.h"
+#include "service/retention.h"
 #include "service/schema.h"
 #include "service/time_ordered_ids.h"
 
@@ -17,8 +22,13 @@ Database openDatabase(const std::filesystem::path& file) {
     Database database(file, Database::Access::kReadWrite);
     // A reader may hold a lock for a moment.
     database.execute("PRAGMA busy_timeout = 5000");
-    database.execute("PRAGMA foreign_keys = ON");
+    // References hold by the way in which rows are written. Were they enforced, removing a batch
+    // would search all events for one that belongs to it.
+    database.execute("PRAGMA foreign_keys = OFF");
+    // What is refused stays as it was found.
+    database.tidyUpOnClose(false);
     prepareSchema(database);
+    database.tidyUpOnClose(true);
     database.execute("PRAGMA journal_mode = WAL");
     database.execute("PRAGMA synchronous = FULL");
     return database;
@@ -36,6 +46,7 @@ std::int64_t lastId(const Database& database) {
                    (SELECT coalesce(max(id), 0) FROM event),
                    (SELECT coalesce(max(id), 0) FROM refused_event),
                    (SELECT coalesce(max(id), 0) FROM consent_change),
+                   (SELECT coalesce(max(last_id), 0) FROM removal),
                    (SELECT coalesce(max(registration), 0) FROM data_class)))sql");
     statement.step();
     return statement.integer(0);
@@ -54,11 +65,14 @@ struct IncomingBatch {
 
 class Store::Impl {
   public:
-    Impl(const std::filesystem::path& file, Clock clock)
+    Impl(const std::filesystem::path& file, Clock clock, const Limits& limits)
         : clock_(std::move(clock)),
+          mostEventsOfADay_(limits.eventsPerDay),
           database_(openDatabase(file)),
+          retention_(database_, limits),
           reader_(openReader(file)),
-          ids_(lastId(database_)) {}
+          ids_(lastId(database_)),
+          files_(file) {}
 
     Registered registerClass(std::string_view application, const DataClass& dataClass);
     std::optional<StoredClass> latestClass(std::string_view application,
@@ -68,22 +82,30 @@ class Store::Impl {
     std::optional<GivenConsent> consent();
     void setConsent(std::string_view application, std::uint32_t peerUser,
                     const Permissions& permissions);
+    bool removeSome(std::int64_t mostBatches);
 
   private:
     std::int64_t applicationId(std::string_view name);
+    void makeRoom(std::chrono::milliseconds now, std::int64_t last);
     void storeBatches(const std::vector<IncomingBatch*>& batches);
     bool storeTogether(const std::vector<IncomingBatch*>& batches);
     void storeAlone(IncomingBatch& batch);
-    void insert(const IncomingBatch& batch);
+    void store(std::span<IncomingBatch* const> batches);
+    void insert(IncomingBatch& batch, std::chrono::milliseconds now);
+    bool hasQuota(const IncomingBatch& batch, std::chrono::milliseconds now);
+    void commit(Transaction& transaction);
 
     Clock clock_;
+    std::int64_t mostEventsOfADay_;
     /// Held by who uses the connection that writes, and what belongs to it.
     std::mutex writing_;
     Database database_;
+    Retention retention_;
     /// Held by who uses the connection that reads, which waits for no transaction.
     std::mutex reading_;
     Database reader_;
     TimeOrderedIds ids_;
+    DatabaseFiles files_;
     /// A commit waits for the disk, however much it commits.
     Gathering<IncomingBatch> incoming_{
         [this](const std::vector<IncomingBatch*>& batches) { storeBatches(batches); }};
@@ -107,15 +129,33 @@ class Store::Impl {
         WHERE application.name = ?1 AND identifier = ?2
         ORDER BY registration DESC LIMIT 1)sql"};
     BatchTable batches_{database_};
+    DailyCount counts_{database_};
     Statement addConsent_{database_,
                           "INSERT INTO consent_change VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"};
 };
+
+// What is written to files that have gone from their place nobody would find again.
+void Store::Impl::commit(Transaction& transaction) {
+    if (!files_.areInPlace()) {
+        throw SqlError("the database has gone from its place, " + files_.database().string());
+    }
+    transaction.commit();
+}
 
 std::int64_t Store::Impl::applicationId(std::string_view name) {
     addApplication_.bind(1, name).run();
     const StatementUse use(findApplication_);
     findApplication_.bind(1, name).step();
     return findApplication_.integer(0);
+}
+
+/// Removes what may go for what the transaction has added. What was there after the identifier
+/// `last` stays.
+void Store::Impl::makeRoom(std::chrono::milliseconds now, std::int64_t last) {
+    retention_.remove(now, last);
+    if (!retention_.hasRoom()) {
+        throw Refusal(ErrorNames::kQuotaExceeded);
+    }
 }
 
 Registered Store::Impl::registerClass(std::string_view application, const DataClass& dataClass) {
@@ -139,7 +179,8 @@ Registered Store::Impl::registerClass(std::string_view application, const DataCl
         .bind(6, now.count())
         .bind(7, ids_.next(now))
         .run();
-    transaction.commit();
+    makeRoom(now, ids_.last());
+    commit(transaction);
     return Registered::kAccepted;
 }
 
@@ -175,11 +216,7 @@ void Store::Impl::storeBatches(const std::vector<IncomingBatch*>& batches) {
 
 bool Store::Impl::storeTogether(const std::vector<IncomingBatch*>& batches) {
     try {
-        Transaction transaction(database_);
-        for (const IncomingBatch* batch : batches) {
-            insert(*batch);
-        }
-        transaction.commit();
+        store(batches);
         return true;
     } catch (const std::exception&) {
         return false;
@@ -188,17 +225,41 @@ bool Store::Impl::storeTogether(const std::vector<IncomingBatch*>& batches) {
 
 void Store::Impl::storeAlone(IncomingBatch& batch) {
     try {
-        Transaction transaction(database_);
-        insert(batch);
-        transaction.commit();
+        IncomingBatch* const alone = &batch;
+        store({&alone, 1});
     } catch (...) {
         batch.failure = std::current_exception();
     }
 }
 
-void Store::Impl::insert(const IncomingBatch& batch) {
-    const Receipt receipt{clock_(), batch.peerUser, applicationId(batch.session.application)};
+void Store::Impl::store(std::span<IncomingBatch* const> batches) {
+    Transaction transaction(database_);
+    const std::int64_t last = ids_.last();
+    std::chrono::milliseconds now{};
+    for (IncomingBatch* batch : batches) {
+        now = clock_();
+        insert(*batch, now);
+    }
+    makeRoom(now, last);
+    commit(transaction);
+}
+
+/// A batch that its application may not send any more today leaves no trace in the transaction.
+void Store::Impl::insert(IncomingBatch& batch, std::chrono::milliseconds now) {
+    batch.failure = nullptr;
+    if (!hasQuota(batch, now)) {
+        batch.failure = std::make_exception_ptr(Refusal(ErrorNames::kQuotaExceeded));
+        return;
+    }
+    const Receipt receipt{now, batch.peerUser, applicationId(batch.session.application)};
     batches_.add(receipt, batch.session, batch.events, ids_);
+    counts_.add(receipt.application, utcDay(now), std::ssize(batch.events));
+}
+
+bool Store::Impl::hasQuota(const IncomingBatch& batch, std::chrono::milliseconds now) {
+    return mostEventsOfADay_ == 0 ||
+           counts_.of(batch.session.application, utcDay(now)) + std::ssize(batch.events) <=
+               mostEventsOfADay_;
 }
 
 std::optional<GivenConsent> Store::Impl::consent() {
@@ -220,11 +281,20 @@ void Store::Impl::setConsent(std::string_view application, std::uint32_t peerUse
         .bind(7, permissions.support)
         .bind(8, permissions.productEnhancement)
         .run();
-    transaction.commit();
+    makeRoom(now, ids_.last());
+    commit(transaction);
 }
 
-Store::Store(const std::filesystem::path& file, Clock clock)
-    : impl_(std::make_unique<Impl>(file, std::move(clock))) {}
+bool Store::Impl::removeSome(std::int64_t mostBatches) {
+    const std::scoped_lock lock(writing_);
+    Transaction transaction(database_);
+    const bool all = retention_.remove(clock_(), ids_.last(), mostBatches);
+    transaction.commit();
+    return !all;
+}
+
+Store::Store(const std::filesystem::path& file, Clock clock, const Limits& limits)
+    : impl_(std::make_unique<Impl>(file, std::move(clock), limits)) {}
 
 Store::~Store() = default;
 
@@ -248,5 +318,7 @@ void Store::setConsent(std::string_view application, std::uint32_t peerUser,
                        const Permissions& permissions) {
     impl_->setConsent(application, peerUser, permissions);
 }
+
+bool Store::removeSome(std::int64_t mostBatches) { return impl_->removeSome(mostBatches); }
 
 }  // namespace Orvel::Service

@@ -1,6 +1,7 @@
 #include "service/store_reader.h"
 
 #include "service/schema.h"
+#include "service/stored_bytes.h"
 
 namespace Orvel::Service {
 
@@ -68,6 +69,28 @@ EventRow eventRow(const Statement& row) {
             .content = row.text(17)};
 }
 
+std::optional<std::int64_t> optionalInteger(const Statement& statement, int column) {
+    return statement.isNull(column) ? std::nullopt : std::optional{statement.integer(column)};
+}
+
+Removal removalFor(const Database& database, std::string_view reason) {
+    Statement removal(database, "SELECT batches, events, last_time FROM removal WHERE reason = ?1");
+    removal.bind(1, reason).step();
+    return {removal.integer(0), removal.integer(1), optionalInteger(removal, 2)};
+}
+
+std::vector<ApplicationCount> countsOf(const Database& database, std::int64_t day) {
+    Statement counts(database, R"sql(
+        SELECT name, events FROM daily_count JOIN application ON application.id = application_id
+        WHERE day = ?1 ORDER BY name)sql");
+    counts.bind(1, day);
+    std::vector<ApplicationCount> all;
+    while (counts.step()) {
+        all.push_back({std::string(counts.text(0)), counts.integer(1)});
+    }
+    return all;
+}
+
 void bindFilter(Statement& statement, const EventFilter& filter) {
     statement.bindOptional(1, filter.className).bindOptional(2, filter.application);
 }
@@ -109,6 +132,21 @@ void StoreReader::forEachConsentChange(const std::function<void(const ConsentCha
     if (holdsConsent(database_)) {
         visitConsentChanges(database_, visit);
     }
+}
+
+StoreStatus StoreReader::status(std::int64_t day) {
+    const Transaction moment(database_, Database::Access::kReadOnly);
+    StoreStatus status{.bytes = StoredBytes(database_).count()};
+    Statement oldest(database_, "SELECT received FROM batch ORDER BY id LIMIT 1");
+    if (oldest.step()) {
+        status.oldest = oldest.integer(0);
+    }
+    if (holdsCounts(database_)) {
+        status.forAge = removalFor(database_, "age");
+        status.forRoom = removalFor(database_, "room");
+        status.today = countsOf(database_, day);
+    }
+    return status;
 }
 
 void StoreReader::forEachClass(const std::function<void(const ClassRow&)>& visit) {

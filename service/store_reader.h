@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "service/consent_table.h"
 #include "service/sql.h"
@@ -61,6 +62,31 @@ struct ClassRow {
     bool latest = false;
 };
 
+/// What was removed for one reason.
+struct Removal {
+    std::int64_t batches = 0;
+    std::int64_t events = 0;
+    /// When it last happened, in milliseconds since 1970; nothing when it never did.
+    std::optional<std::int64_t> last = std::nullopt;
+};
+
+/// How many events of an application were stored on a day.
+struct ApplicationCount {
+    std::string application;
+    std::int64_t events = 0;
+};
+
+/// How much is stored, and what was removed.
+struct StoreStatus {
+    std::int64_t bytes = 0;
+    /// When the oldest batch was received, in milliseconds since 1970; nothing when there is none.
+    std::optional<std::int64_t> oldest = std::nullopt;
+    Removal forAge = {};
+    Removal forRoom = {};
+    /// Of the day that was asked for, the applications by their names.
+    std::vector<ApplicationCount> today = {};
+};
+
 /// The statement that lists events of a kind; its parameters are class, application and limit.
 std::string eventQuery(EventFilter::Kind kind);
 
@@ -83,6 +109,9 @@ class StoreReader {
     std::optional<GivenConsent> consent();
     /// Visits the changes of the consent, the oldest first. @throws SqlError
     void forEachConsentChange(const std::function<void(const ConsentChange&)>& visit);
+
+    /// @param day as `utcDay` counts it. @throws SqlError
+    StoreStatus status(std::int64_t day);
 
   private:
     Database database_;

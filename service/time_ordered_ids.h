@@ -15,6 +15,9 @@ class TimeOrderedIds {
 
     std::int64_t next(std::chrono::milliseconds now);
 
+    /// The last one that was given.
+    std::int64_t last() const { return last_; }
+
   private:
     std::int64_t last_;
 };

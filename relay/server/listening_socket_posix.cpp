@@ -61,6 +61,19 @@ void makeFolder(const fs::path& folder) {
     }
 }
 
+// Who may write to the folder can put a socket of their own in this one's place.
+void refuseOthersFolder(const fs::path& folder) {
+    struct stat found {};
+    if (::stat(folder.empty() ? "." : folder.c_str(), &found) != 0) {
+        fail(errno, "cannot look at the folder " + folder.native());
+    }
+    const bool isOpenToAll = (found.st_mode & S_IWOTH) != 0 && (found.st_mode & S_ISVTX) == 0;
+    const bool isAnothers = found.st_uid != 0 && found.st_uid != ::geteuid();
+    if (isOpenToAll || isAnothers) {
+        fail(EPERM, "other users may change the folder of the socket, " + folder.native());
+    }
+}
+
 // Two servers that start at once find the same dead socket; only the holder of the lock may remove
 // it. The file stays when the server ends: removing it would let two hold a lock of the same name.
 Descriptor lockBeside(const fs::path& path) {
@@ -103,11 +116,28 @@ void removeDeadSocket(const fs::path& path, const sockaddr_un& address) {
     }
 }
 
+int optionOf(const Descriptor& socket, int option) {
+    int value = -1;
+    socklen_t size = sizeof value;
+    return ::getsockopt(socket.get(), SOL_SOCKET, option, &value, &size) == 0 ? value : -1;
+}
+
+fs::path pathOf(const Descriptor& socket) {
+    sockaddr_un address{};
+    socklen_t size = sizeof address;
+    if (::getsockname(socket.get(), reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+        fail(errno, "cannot tell where the socket is");
+    }
+    // A name without a file begins with a zero.
+    return std::string(address.sun_path, ::strnlen(address.sun_path, sizeof address.sun_path));
+}
+
 }  // namespace
 
-ListeningSocket::ListeningSocket(fs::path path, std::uint32_t mode) : path_(std::move(path)) {
+ListeningSocket::ListeningSocket(fs::path path, const Options& options) : path_(std::move(path)) {
     const sockaddr_un address = addressOf(path_);
     makeFolder(path_.parent_path());
+    refuseOthersFolder(path_.parent_path());
     lock_ = lockBeside(path_);
     removeDeadSocket(path_, address);
     socket_ = newSocket();
@@ -116,18 +146,37 @@ ListeningSocket::ListeningSocket(fs::path path, std::uint32_t mode) : path_(std:
     }
     bound_ = true;
     try {
-        listenAt(mode);
+        listenFor(options);
     } catch (...) {
         removeFile();
         throw;
     }
 }
 
+ListeningSocket::ListeningSocket(HandedOverSocket socket)
+    : socket_(socket.descriptor), shared_(true) {
+    if (optionOf(socket_, SO_DOMAIN) != AF_UNIX || optionOf(socket_, SO_TYPE) != SOCK_STREAM ||
+        optionOf(socket_, SO_ACCEPTCONN) != 1) {
+        fail(EINVAL, "what was handed over is no Unix domain stream socket that listens");
+    }
+    // Whoever made it may have let it block, which would hold up a thread when a client goes away.
+    const int flags = ::fcntl(socket_.get(), F_GETFL);
+    if (flags < 0 || ::fcntl(socket_.get(), F_SETFL, flags | O_NONBLOCK) != 0 ||
+        ::fcntl(socket_.get(), F_SETFD, FD_CLOEXEC) != 0) {
+        fail(errno, "cannot use the socket that was handed over");
+    }
+    path_ = pathOf(socket_);
+}
+
 ListeningSocket::~ListeningSocket() { removeFile(); }
 
-// The mode first: nobody can connect before the socket listens.
-void ListeningSocket::listenAt(std::uint32_t mode) {
-    if (::chmod(path_.c_str(), static_cast<mode_t>(mode)) != 0) {
+// Group and mode first: nobody can connect before the socket listens.
+void ListeningSocket::listenFor(const Options& options) {
+    if (options.socketGroup && ::chown(path_.c_str(), static_cast<uid_t>(-1),
+                                       static_cast<gid_t>(*options.socketGroup)) != 0) {
+        fail(errno, "cannot set the group of " + path_.native());
+    }
+    if (::chmod(path_.c_str(), static_cast<mode_t>(options.socketMode)) != 0) {
         fail(errno, "cannot set the mode of " + path_.native());
     }
     if (::listen(socket_.get(), SOMAXCONN) != 0) {

@@ -60,13 +60,18 @@ void refuse(const Descriptor& client, std::int32_t status) {
 class Server::Impl {
   public:
     Impl(const std::filesystem::path& path, ConversationFactory factory, const Options& options)
-        : listening_(path, checked(options).socketMode),
+        : listening_(path, checked(options)),
           door_(listening_.release()),
           service_{std::move(factory), options, alarm_} {}
+    Impl(HandedOverSocket socket, ConversationFactory factory, const Options& options)
+        : listening_(socket),
+          door_(listening_.release()),
+          service_{std::move(factory), checked(options), alarm_} {}
 
     void run();
     void stop();
     void stopOnSignals();
+    std::filesystem::path socket() const { return listening_.path(); }
 
   private:
     void takeClientIn();
@@ -113,8 +118,10 @@ void Server::Impl::stopOnSignals() {
 void Server::Impl::beginToStop() {
     stopping_ = true;
     listening_.removeFile();
-    // Whoever has come and not been taken in is turned away by the thread that this wakes.
-    ::shutdown(door_.get(), SHUT_RDWR);
+    if (!listening_.isShared()) {
+        // Whoever has come and not been taken in is turned away by the thread that this wakes.
+        ::shutdown(door_.get(), SHUT_RDWR);
+    }
     std::error_code ignored;
     pause_.cancel();
     signals_.cancel(ignored);
@@ -135,6 +142,9 @@ void Server::Impl::lookAtSessions() { workers_->look(Alarm::Clock::now()); }
 // On a worker. The door is watched again before the client is served, so that it keeps nobody else
 // waiting.
 void Server::Impl::takeClientIn() {
+    if (stopping_ && listening_.isShared()) {
+        return;
+    }
     Descriptor client(::accept4(door_.get(), nullptr, nullptr, SOCK_CLOEXEC));
     const int error = errno;
     if (client.get() < 0 && stopping_) {
@@ -180,7 +190,12 @@ void Server::Impl::admit(Descriptor client) {
 Server::Server(const std::filesystem::path& socket, ConversationFactory factory, Options options)
     : impl_(std::make_unique<Impl>(socket, std::move(factory), options)) {}
 
+Server::Server(HandedOverSocket socket, ConversationFactory factory, Options options)
+    : impl_(std::make_unique<Impl>(socket, std::move(factory), options)) {}
+
 Server::~Server() = default;
+
+std::filesystem::path Server::socket() const { return impl_->socket(); }
 
 void Server::run() { impl_->run(); }
 

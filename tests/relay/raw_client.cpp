@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
@@ -56,6 +57,15 @@ std::string RawClient::receive(std::size_t bytes) {
 }
 
 std::string RawClient::receiveRest() { return receive(std::numeric_limits<std::size_t>::max()); }
+
+bool RawClient::waitForEnd() {
+    std::array<char, 65536> buffer;
+    ssize_t count = 0;
+    do {
+        count = ::recv(socket_, buffer.data(), buffer.size(), 0);
+    } while (count > 0);
+    return count == 0 || errno == ECONNRESET;
+}
 
 void RawClient::close() {
     if (socket_ >= 0) {

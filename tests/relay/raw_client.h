@@ -23,6 +23,10 @@ class RawClient {
     /// Receives until the end of the connection.
     std::string receiveRest();
 
+    /// Receives until the end of the connection.
+    /// @return false when the server stays silent instead, for longer than any test needs.
+    bool waitForEnd();
+
     void close();
 
   private:

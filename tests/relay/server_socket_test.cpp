@@ -91,6 +91,36 @@ TEST(ServerSocket, AFolderThatIsThereKeepsItsMode) {
     EXPECT_EQ(modeOf(folder.path()), 0750u);
 }
 
+TEST(ServerSocket, GetsItsGroup) {
+    const TemporaryFolder folder;
+    Server::Options options;
+    // Root may give it to any group, another user to one of its own.
+    options.socketGroup = ::geteuid() == 0 ? 4321 : ::getegid();
+    const Server::Server server(folder.file("a.sock"), always(echo), options);
+    struct stat found {};
+    ASSERT_EQ(::stat(folder.file("a.sock").c_str(), &found), 0);
+    EXPECT_EQ(found.st_gid, options.socketGroup);
+}
+
+TEST(ServerSocket, InAFolderThatEveryUserMayChangeIsRefused) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0777), 0);
+    EXPECT_EQ(errorOfServerAt(folder.file("a.sock")), EPERM);
+    EXPECT_FALSE(fs::exists(folder.file("a.sock")));
+    // Here nobody can remove what another user has made.
+    ASSERT_EQ(::chmod(folder.path().c_str(), 01777), 0);
+    EXPECT_EQ(errorOfServerAt(folder.file("a.sock")), 0);
+}
+
+TEST(ServerSocket, InAnotherUsersFolderIsRefused) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make one";
+    }
+    const TemporaryFolder folder;
+    ASSERT_EQ(::chown(folder.path().c_str(), 1, 1), 0);
+    EXPECT_EQ(errorOfServerAt(folder.file("a.sock")), EPERM);
+}
+
 TEST(ServerSocket, OfARunningServerIsRefusedToASecondOne) {
     RunningServer server;
     EXPECT_EQ(errorOfServerAt(server.path()), EADDRINUSE);

@@ -65,5 +65,13 @@ TEST(TimeOrderedIdsTest, StayPositiveForAnyClock) {
     EXPECT_GT(ids.next(milliseconds::max()), 0);
 }
 
+TEST(UtcDay, BeginsAtMidnightAlsoBefore1970) {
+    constexpr std::int64_t kDay = 86'400'000;
+    EXPECT_EQ(utcDay(std::chrono::milliseconds{0}), 0);
+    EXPECT_EQ(utcDay(std::chrono::milliseconds{kDay - 1}), 0);
+    EXPECT_EQ(utcDay(std::chrono::milliseconds{kDay}), 1);
+    EXPECT_EQ(utcDay(std::chrono::milliseconds{-1}), -1);
+}
+
 }  // namespace
 }  // namespace Orvel::Service

@@ -2,8 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <fstream>
 #include <stdexcept>
+#include <string>
+#include <system_error>
 
 #include "support/temporary_folder.h"
 
@@ -54,6 +58,81 @@ TEST(DataFolderTest, SaysWhatCannotBeMade) {
     } catch (const std::exception& error) {
         EXPECT_THAT(error.what(), testing::HasSubstr(data.database().string()));
     }
+}
+
+TEST(DataFolderTest, ThatOthersMayLookIntoIsRefused) {
+    const Support::TemporaryFolder folder;
+    for (const perms mode : {perms::group_read, perms::others_write, perms::others_exec}) {
+        std::filesystem::permissions(folder.path(), perms::owner_all | mode);
+        try {
+            const DataFolder data(folder.path());
+            FAIL() << "others may look into it";
+        } catch (const std::runtime_error& error) {
+            EXPECT_THAT(error.what(), testing::HasSubstr("chmod 700 " + folder.path().string()));
+        }
+    }
+}
+
+TEST(DataFolderTest, OfAnotherUserIsRefused) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make one";
+    }
+    const Support::TemporaryFolder folder;
+    ASSERT_EQ(::chown(folder.path().c_str(), 1, 1), 0);
+    EXPECT_THROW(DataFolder{folder.path()}, std::runtime_error);
+}
+
+TEST(DataFolderTest, ClosesADatabaseThatWasOpenToOthers) {
+    const Support::TemporaryFolder folder;
+    const auto file = databaseFile(folder.path());
+    std::ofstream(file) << "";
+    std::filesystem::permissions(file, perms(0644));
+    const DataFolder data(folder.path());
+    EXPECT_EQ(modeOf(file), perms::owner_read | perms::owner_write);
+}
+
+TEST(DataFolderTest, DatabaseThatALinkLeadsToIsRefused) {
+    const Support::TemporaryFolder folder;
+    const Support::TemporaryFolder elsewhere;
+    std::filesystem::create_symlink(elsewhere.path() / "theirs", databaseFile(folder.path()));
+    EXPECT_THROW(DataFolder{folder.path()}, std::system_error);
+    EXPECT_FALSE(std::filesystem::exists(elsewhere.path() / "theirs"));
+}
+
+std::string contentOf(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+TEST(DataFolderTest, KeepsADatabaseWithItsLogUnderANameThatIsFree) {
+    const Support::TemporaryFolder folder;
+    DataFolder data(folder.path());
+    const std::string name = data.database().string();
+    std::ofstream(name + ".damaged-1") << "earlier";
+    std::ofstream(name) << "database";
+    std::ofstream(name + "-wal") << "log";
+    std::ofstream(name + "-shm") << "index";
+    EXPECT_EQ(data.keepDatabaseAside(), name + ".damaged-2");
+    EXPECT_EQ(contentOf(name + ".damaged-1"), "earlier");
+    EXPECT_EQ(contentOf(name + ".damaged-2"), "database");
+    EXPECT_EQ(contentOf(name + ".damaged-2-wal"), "log");
+    EXPECT_TRUE(std::filesystem::is_empty(name));
+    EXPECT_EQ(modeOf(name), perms::owner_read | perms::owner_write);
+    EXPECT_FALSE(std::filesystem::exists(name + "-wal"));
+    EXPECT_FALSE(std::filesystem::exists(name + "-shm"));
+}
+
+TEST(DataFolderTest, OverwritesNothingWhenItKeepsADatabase) {
+    const Support::TemporaryFolder folder;
+    DataFolder data(folder.path());
+    const std::string name = data.database().string();
+    std::ofstream(name) << "database";
+    std::ofstream(name + "-wal") << "log";
+    std::ofstream(name + ".damaged-1-wal") << "somebody's";
+    EXPECT_THROW(data.keepDatabaseAside(), std::runtime_error);
+    EXPECT_EQ(contentOf(name), "database");
+    EXPECT_EQ(contentOf(name + "-wal"), "log");
+    EXPECT_EQ(contentOf(name + ".damaged-1-wal"), "somebody's");
 }
 
 }  // namespace

@@ -96,7 +96,7 @@ TEST_F(SchemaTest, DataOfTheFirstVersionIsKeptAndGetsAConsent) {
     const auto before = rows();
     ASSERT_EQ(before.size(), 5U);
     const auto store = open();
-    EXPECT_EQ(version(), 2);
+    EXPECT_EQ(version(), 3);
     EXPECT_EQ(rows(), before);
     EXPECT_EQ(store->consent(), std::nullopt);
     store->setConsent("App", 1001, accepted_);
@@ -128,6 +128,10 @@ TEST_F(SchemaTest, DataOfTheFirstVersionCanBeLookedAtAsItIs) {
     EXPECT_EQ(reader.consent(), std::nullopt);
     reader.forEachConsentChange([](const ConsentChange&) { FAIL() << "a change that never was"; });
     EXPECT_EQ(version(), 1);
+    const StoreStatus status = reader.status(0);
+    EXPECT_EQ(status.oldest, 30);
+    EXPECT_EQ(status.forAge.events, 0);
+    EXPECT_TRUE(status.today.empty());
     open()->setConsent("App", 1001, accepted_);
     EXPECT_EQ(reader.consent()->permissions, accepted_) << "after a service has renewed the data";
 }

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "support/temporary_folder.h"
 
@@ -44,8 +45,7 @@ class SettingsFileTest : public testing::Test {
 };
 
 TEST_F(SettingsFileTest, ReadsEverySetting) {
-    EXPECT_EQ(
-        read(R"(
+    EXPECT_EQ(read(R"(
         # A device of a company.
         device_serial_number = "SN-\u6F22 😀"
         country_code = 'PT'
@@ -53,19 +53,59 @@ TEST_F(SettingsFileTest, ReadsEverySetting) {
         consent_source = "the company"
         managed = true
         process_data = false
+        socket_mode = "0660"
+        socket_group = "staff"
         privacy_documents.privacyurl = "https://example.com/p?a=b#c"
         privacy_documents.warrantyurl = "http://example.com/w"
         privacy_documents.telemetryurl = "file:///usr/share/doc/telemetry.html"
+
+        [limits]
+        command_bytes = 1_000_000
+        batch_events = 1
+        events_per_day = 2
+        stored_bytes = 3_000_000
+        stored_days = 4
+        connections = 5
+        idle_seconds = 6
+        stalled_seconds = 7
+        transfer_seconds = 8
+
+        [access]
+        users = ["root", 1001]
+
+        [[access.applications]]
+        name = "My \u0000 App"
+        users = [1001, 0]
+        data_classes = ["PageView", ""]
+
+        [[access.applications]]
+        name = "Other"
     )"),
-        (Settings{.deviceSerialNumber = "SN-\u6F22 \U0001F600",
-                  .countryCode = "PT",
-                  .tenant = "a tenant",
-                  .consentSource = "the company",
-                  .managed = true,
-                  .processData = false,
-                  .privacyAddresses = {.privacy = "https://example.com/p?a=b#c",
-                                       .warranty = "http://example.com/w",
-                                       .telemetry = "file:///usr/share/doc/telemetry.html"}}));
+              (Settings{.deviceSerialNumber = "SN-\u6F22 \U0001F600",
+                        .countryCode = "PT",
+                        .tenant = "a tenant",
+                        .consentSource = "the company",
+                        .managed = true,
+                        .processData = false,
+                        .privacyAddresses = {.privacy = "https://example.com/p?a=b#c",
+                                             .warranty = "http://example.com/w",
+                                             .telemetry = "file:///usr/share/doc/telemetry.html"},
+                        .limits = {.commandBytes = 1'000'000,
+                                   .batchEvents = 1,
+                                   .eventsPerDay = 2,
+                                   .storedBytes = 3'000'000,
+                                   .storedDays = 4,
+                                   .connections = 5,
+                                   .idleSeconds = 6,
+                                   .stalledSeconds = 7,
+                                   .transferSeconds = 8},
+                        .access = {.users = Users{0, 1001},
+                                   .applications = {{{"My \0 App"s,
+                                                      {.users = Users{0, 1001},
+                                                       .dataClasses = {{"", "PageView"}}}},
+                                                     {"Other", {}}}}},
+                        .socketMode = "0660",
+                        .socketGroup = "staff"}));
 }
 
 TEST_F(SettingsFileTest, WhatIsNotNamedHasItsDefault) {
@@ -82,9 +122,13 @@ TEST_F(SettingsFileTest, ExampleNamesEverySettingWithItsDefault) {
     EXPECT_EQ(readSettings(ORVEL_EXAMPLE_SETTINGS), Settings{});
     std::ifstream in(ORVEL_EXAMPLE_SETTINGS);
     const std::string example(std::istreambuf_iterator<char>(in), {});
-    for (const std::string name :
-         {"device_serial_number", "country_code", "tenant", "consent_source", "managed",
-          "process_data", "privacyurl", "warrantyurl", "telemetryurl"}) {
+    for (const std::string name : {"device_serial_number", "country_code",    "tenant",
+                                   "consent_source",       "managed",         "process_data",
+                                   "socket_mode",          "socket_group",    "privacyurl",
+                                   "warrantyurl",          "telemetryurl",    "command_bytes",
+                                   "batch_events",         "events_per_day",  "stored_bytes",
+                                   "stored_days",          "connections",     "idle_seconds",
+                                   "stalled_seconds",      "transfer_seconds"}) {
         EXPECT_THAT(example, HasSubstr("\n" + name + " = "));
     }
 }
@@ -125,10 +169,111 @@ TEST_F(SettingsFileTest, RefusesBadValuesWhereTheyStand) {
                   "and has no blanks, or an empty text")
             << address;
     }
+    for (const std::string mode : {"666", "0888", "1777", "06660", "rw-rw----", " "}) {
+        EXPECT_EQ(failure("socket_mode = '" + mode + "'"),
+                  "1:15: this must be four octal digits, the first of them 0, or an empty text");
+    }
     for (const std::string text : {"\\u0000", "a\\nb", "\\u001b[31m", "\\u007f"}) {
         EXPECT_EQ(failure("tenant = \"" + text + "\""),
                   "1:10: this must be a text without control characters");
     }
+}
+
+/// The least and the greatest value of every limit, and whether 0 is allowed, too.
+struct LimitRange {
+    const char* key;
+    std::int64_t Limits::*setting;
+    std::int64_t least;
+    std::int64_t most;
+    bool orNone = false;
+};
+
+const std::vector<LimitRange> kLimitRanges = {
+    {"command_bytes", &Limits::commandBytes, 4096, 1'073'741'824},
+    {"batch_events", &Limits::batchEvents, 1, 10'000'000},
+    {"events_per_day", &Limits::eventsPerDay, 1, 1'000'000'000'000, true},
+    {"stored_bytes", &Limits::storedBytes, 1'048'576, 1'099'511'627'776, true},
+    {"stored_days", &Limits::storedDays, 1, 36'500, true},
+    {"connections", &Limits::connections, 1, 100'000},
+    {"idle_seconds", &Limits::idleSeconds, 1, 86'400},
+    {"stalled_seconds", &Limits::stalledSeconds, 1, 86'400},
+    {"transfer_seconds", &Limits::transferSeconds, 1, 86'400}};
+
+TEST_F(SettingsFileTest, LimitsMayBeAnythingInTheirRange) {
+    for (const LimitRange& range : kLimitRanges) {
+        const std::string key = range.key;
+        for (const std::int64_t value : {range.least, range.most}) {
+            const Settings settings = read("[limits]\n" + key + " = " + std::to_string(value));
+            EXPECT_EQ(settings.limits.*range.setting, value) << key;
+        }
+        if (range.orNone) {
+            EXPECT_EQ(read("[limits]\n" + key + " = 0").limits.*range.setting, 0) << key;
+        }
+    }
+}
+
+TEST_F(SettingsFileTest, RefusesLimitsBeyondTheirRangeWithTheRange) {
+    for (const LimitRange& range : kLimitRanges) {
+        const std::string key = range.key;
+        const std::string place = "2:" + std::to_string(key.size() + 4) + ": ";
+        const std::string expected =
+            place + key + " must be a whole number from " + std::to_string(range.least) + " to " +
+            std::to_string(range.most) + (range.orNone ? ", or 0 for no limit" : "");
+        std::vector<std::string> values = {std::to_string(range.least - (range.orNone ? 2 : 1)),
+                                           std::to_string(range.most + 1),
+                                           "-9223372036854775808",
+                                           "9223372036854775807",
+                                           "1.0",
+                                           "'5'",
+                                           "true"};
+        if (!range.orNone) {
+            values.emplace_back("0");
+        }
+        for (const std::string& value : values) {
+            EXPECT_EQ(failure("[limits]\n" + key + " = " + value), expected) << value;
+        }
+    }
+    EXPECT_EQ(failure("limits = 5"), "1:10: this must be a table");
+    EXPECT_EQ(failure("[limits]\nevents = 5"), "2:1: unknown key \"events\"");
+}
+
+TEST_F(SettingsFileTest, EverybodyMayConnectUnlessItIsSaid) {
+    EXPECT_EQ(read("[access]").access, Access{});
+    EXPECT_EQ(read("[access]\nusers = []").access.users, Users{});
+    const auto nobody = read("[access]\napplications = []").access.applications;
+    ASSERT_TRUE(nobody);
+    EXPECT_TRUE(nobody->empty());
+    const auto application = read("[[access.applications]]\nname = 'A'").access.applications;
+    EXPECT_EQ(application->at("A"), AllowedApplication{});
+    EXPECT_EQ(read("access.users = [4294967294]").access.users, Users{4294967294});
+}
+
+TEST_F(SettingsFileTest, RefusesUsersThatAreNone) {
+    for (const std::string user :
+         {"-1", "4294967295", "9223372036854775807", "1.5", "true", "[]"}) {
+        EXPECT_EQ(failure("access.users = [" + user + "]"),
+                  "1:17: a user must be a name or a whole number from 0 to 4294967294");
+    }
+    EXPECT_EQ(failure("access.users = ['nobody at all']"),
+              "1:17: this machine has no user \"nobody at all\"");
+    EXPECT_EQ(failure("access.users = [\"root\\u0000\"]"),
+              "1:17: this machine has no user \"root\\u0000\"");
+    EXPECT_EQ(failure("access.users = 'root'"), "1:16: this must be an array");
+}
+
+TEST_F(SettingsFileTest, RefusesApplicationsThatAreNone) {
+    const std::string begin = "[[access.applications]]\n";
+    EXPECT_THAT(failure(begin), HasSubstr("an application must have a name"));
+    EXPECT_THAT(failure(begin + "name = ''"), HasSubstr("an application must have a name"));
+    EXPECT_EQ(failure(begin + "name = 5"), "2:8: this must be a text");
+    EXPECT_EQ(failure(begin + "name = 'A'\ndata_classes = 'B'"), "3:16: this must be an array");
+    EXPECT_EQ(failure(begin + "name = 'A'\ndata_classes = [5]"), "3:17: this must be a text");
+    EXPECT_EQ(failure(begin + "name = 'A'\nclasses = []"), "3:1: unknown key \"classes\"");
+    EXPECT_THAT(failure(begin + "name = 'A'\n" + begin + "name = 'A'"),
+                HasSubstr("the application \"A\" is named twice"));
+    EXPECT_EQ(failure("access.applications = ['A']"), "1:24: this must be a table");
+    EXPECT_EQ(failure("access.applications = 'A'"), "1:23: this must be an array");
+    EXPECT_EQ(failure("access = 'everybody'"), "1:10: this must be a table");
 }
 
 TEST_F(SettingsFileTest, RefusesTextsThatClientsTakeForErrors) {

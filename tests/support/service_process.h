@@ -92,6 +92,10 @@ class ServiceProcess {
     std::filesystem::path settingsFile() const { return folder_.path() / "settings.toml"; }
     const std::filesystem::path& program() const { return program_; }
 
+    /// Waits for the next line that the running service logs; it is in `log` then. Empty at the
+    /// end.
+    const std::string& nextLine();
+
     /// The lines that the service has logged, as far as they have been read.
     const std::vector<std::string>& log() const { return log_; }
 

@@ -210,8 +210,7 @@ void ServiceProcess::start() {
                                                            "--settings", settingsFile().string()},
                                   environment());
     for (;;) {
-        log_.push_back(process_->errorLine());
-        if (log_.back().empty()) {
+        if (nextLine().empty()) {
             throw std::runtime_error("the service does not listen: " +
                                      (log_.size() > 1 ? log_[log_.size() - 2] : "no log"));
         }
@@ -220,6 +219,8 @@ void ServiceProcess::start() {
         }
     }
 }
+
+const std::string& ServiceProcess::nextLine() { return log_.emplace_back(process_->errorLine()); }
 
 int ServiceProcess::stop(int signal) {
     process_->signal(signal);

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "orvel/relay/text.h"
@@ -74,7 +75,22 @@ struct Options {
     /// Who may connect, as the mode of the socket's file: by default every user of the machine who
     /// can reach its folder.
     std::uint32_t socketMode = 0666;
+    /// The group of the socket's file; that of the process when nothing is said.
+    std::optional<std::uint32_t> socketGroup;
 };
+
+/// A socket that somebody else has made, and listens at already, for this process.
+struct HandedOverSocket {
+    /// Owned by whoever it is given to.
+    int descriptor = -1;
+};
+
+/// The socket with which whoever started this process handed it over its clients (socket
+/// activation): descriptor 3, when LISTEN_PID and LISTEN_FDS say so as they do for sd_listen_fds.
+/// These variables are removed. To be called once, before there are other threads.
+/// @return nothing when nothing was handed over.
+/// @throws std::system_error when it was more than one socket, or is none.
+std::optional<HandedOverSocket> takeHandedOverSocket();
 
 /// A server of one endpoint.
 class Server {
@@ -83,18 +99,27 @@ class Server {
     /// when the process runs as root, otherwise to its own user only. Beside the socket stands a
     /// lock file, which is locked for as long as the server lives and then left there.
     /// @throws std::system_error when the endpoint cannot be used, a running server there included
-    ///     (`EADDRINUSE`). A socket left behind by a server that died is taken over; a file of
-    ///     another kind is not (`ENOTSOCK`).
+    ///     (`EADDRINUSE`), or its folder is another user's, or open to all users (`EPERM`). A
+    ///     socket left behind by a server that died is taken over; a file of another kind is not
+    ///     (`ENOTSOCK`).
     /// @throws std::invalid_argument when an option is out of its range.
     Server(const std::filesystem::path& socket, ConversationFactory factory, Options options = {});
+    /// Serves the clients who come to a socket that was handed over. Its file, with its mode and
+    /// group, stays as it is; whoever comes after `stop` waits for who listens there next.
+    /// @throws std::system_error when it is no Unix domain stream socket that listens.
+    /// @throws std::invalid_argument when an option is out of its range.
+    Server(HandedOverSocket socket, ConversationFactory factory, Options options = {});
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
     /// Removes the socket if `run` has not. Not to be called while `run` is running.
     ~Server();
 
+    /// Where clients connect: the path of the socket's file, empty when it has none.
+    std::filesystem::path socket() const;
+
     /// Serves on the calling thread and the workers until `stop`; called once. New connections are
     /// then refused, idle ones closed, and commands that had arrived whole are executed and
-    /// answered first. The socket is removed.
+    /// answered first. The socket's file is removed, if it is the server's own.
     /// @throws std::system_error when the workers cannot be started.
     void run();
 
