@@ -173,8 +173,8 @@ class ImpatientServiceTest : public testing::Test {
     void expectAllToBeDropped(Fault& fault) {
         for (RawClient& client : clients_) {
             const bool ended = client.waitForEnd();
-            EXPECT_TRUE(ended);
-            fault.observe(ended ? 1 : 0);
+            ASSERT_TRUE(ended);
+            fault.observe();
         }
     }
 
