@@ -17,13 +17,35 @@
 namespace Orvel::HostTests {
 namespace {
 
-/// A call to which there is an objection unless one of its arguments has a flag.
+/// A call to which there is an objection: always, unless one of its arguments has a flag, or unless
+/// one of them is null, with which the call only looks.
 struct Rule {
     std::int64_t call;
     const char* objection;
+    enum class Unless { kNever, kHasFlag, kIsNull } unless = Unless::kNever;
     int argument = 0;
     std::uint64_t flag = 0;
 };
+
+constexpr Rule unlessFlag(std::int64_t call, const char* objection, int argument,
+                          std::uint64_t flag) {
+    return {call, objection, Rule::Unless::kHasFlag, argument, flag};
+}
+
+constexpr Rule unlessNull(std::int64_t call, const char* objection, int argument) {
+    return {call, objection, Rule::Unless::kIsNull, argument};
+}
+
+bool isExcused(const Rule& rule, std::uint64_t argument) {
+    switch (rule.unless) {
+        case Rule::Unless::kHasFlag:
+            return (argument & rule.flag) != 0;
+        case Rule::Unless::kIsNull:
+            return argument == 0;
+        default:
+            return false;
+    }
+}
 
 constexpr const char* kInherited = "makes a descriptor that other programs inherit";
 constexpr const char* kWrites = "writes";
@@ -32,34 +54,34 @@ constexpr const char* kStarts = "starts a thread or a process";
 constexpr const char* kChanges = "changes signals, timers or the process";
 
 constexpr Rule kRules[] = {
-    {SYS_openat, kInherited, 2, O_CLOEXEC},
+    unlessFlag(SYS_openat, kInherited, 2, O_CLOEXEC),
     {SYS_openat2, kInherited},
-    {SYS_socket, kInherited, 1, SOCK_CLOEXEC},
-    {SYS_socketpair, kInherited, 1, SOCK_CLOEXEC},
+    unlessFlag(SYS_socket, kInherited, 1, SOCK_CLOEXEC),
+    unlessFlag(SYS_socketpair, kInherited, 1, SOCK_CLOEXEC),
     {SYS_accept, kInherited},
-    {SYS_accept4, kInherited, 3, SOCK_CLOEXEC},
-    {SYS_pipe2, kInherited, 1, O_CLOEXEC},
+    unlessFlag(SYS_accept4, kInherited, 3, SOCK_CLOEXEC),
+    unlessFlag(SYS_pipe2, kInherited, 1, O_CLOEXEC),
     {SYS_dup, kInherited},
-    {SYS_dup3, kInherited, 2, O_CLOEXEC},
-    {SYS_eventfd2, kInherited, 1, EFD_CLOEXEC},
-    {SYS_epoll_create1, kInherited, 0, EPOLL_CLOEXEC},
-    {SYS_timerfd_create, kInherited, 1, TFD_CLOEXEC},
-    {SYS_memfd_create, kInherited, 1, MFD_CLOEXEC},
-    {SYS_inotify_init1, kInherited, 0, O_CLOEXEC},
-    {SYS_signalfd4, kInherited, 3, O_CLOEXEC},
+    unlessFlag(SYS_dup3, kInherited, 2, O_CLOEXEC),
+    unlessFlag(SYS_eventfd2, kInherited, 1, EFD_CLOEXEC),
+    unlessFlag(SYS_epoll_create1, kInherited, 0, EPOLL_CLOEXEC),
+    unlessFlag(SYS_timerfd_create, kInherited, 1, TFD_CLOEXEC),
+    unlessFlag(SYS_memfd_create, kInherited, 1, MFD_CLOEXEC),
+    unlessFlag(SYS_inotify_init1, kInherited, 0, O_CLOEXEC),
+    unlessFlag(SYS_signalfd4, kInherited, 3, O_CLOEXEC),
     {SYS_write, kWrites},
     {SYS_writev, kWrites},
     {SYS_pwrite64, kWrites},
     {SYS_pwritev, kWrites},
-    {SYS_sendmsg, kSignal, 2, MSG_NOSIGNAL},
-    {SYS_sendto, kSignal, 3, MSG_NOSIGNAL},
+    unlessFlag(SYS_sendmsg, kSignal, 2, MSG_NOSIGNAL),
+    unlessFlag(SYS_sendto, kSignal, 3, MSG_NOSIGNAL),
     {SYS_clone, kStarts},
     {SYS_clone3, kStarts},
     {SYS_execve, kStarts},
     {SYS_execveat, kStarts},
-    {SYS_rt_sigaction, kChanges},
-    {SYS_rt_sigprocmask, kChanges},
-    {SYS_sigaltstack, kChanges},
+    unlessNull(SYS_rt_sigaction, kChanges, 1),
+    unlessNull(SYS_rt_sigprocmask, kChanges, 1),
+    unlessNull(SYS_sigaltstack, kChanges, 0),
     {SYS_kill, kChanges},
     {SYS_tkill, kChanges},
     {SYS_tgkill, kChanges},
@@ -70,9 +92,10 @@ constexpr Rule kRules[] = {
     {SYS_umask, kChanges},
     {SYS_prctl, kChanges},
     {SYS_setpriority, kChanges},
+    unlessNull(SYS_prlimit64, kChanges, 2),
 // Calls that only the older ports of the system have.
 #ifdef SYS_open
-    {SYS_open, kInherited, 1, O_CLOEXEC},
+    unlessFlag(SYS_open, kInherited, 1, O_CLOEXEC),
     {SYS_creat, kInherited},
     {SYS_dup2, kInherited},
     {SYS_pipe, kInherited},
@@ -108,8 +131,7 @@ void judge(const __ptrace_syscall_info& info, WatchedCalls& calls) {
     const auto number = static_cast<std::int64_t>(info.entry.nr);
     ++calls.calls;
     for (const Rule& rule : kRules) {
-        if (rule.call == number &&
-            (rule.flag == 0 || (info.entry.args[rule.argument] & rule.flag) == 0)) {
+        if (rule.call == number && !isExcused(rule, info.entry.args[rule.argument])) {
             calls.objections.push_back("call " + std::to_string(number) + ' ' + rule.objection);
         }
     }
