@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <new>
 #include <vector>
 
 #include "orvel/relay/rpc_client.h"
@@ -73,6 +75,30 @@ TEST(ClientConnect, WaitsForRoomInAFullQueueOfConnections) {
     EXPECT_EQ(server.makeClient()->OpenConnection(ORVEL_RELAY_TEXT("")), Status::kSuccess);
     EXPECT_GE(server.elapsed(), milliseconds(500));
     EXPECT_LT(server.elapsed(), seconds(1));
+}
+
+// It has connected when memory runs out.
+class TransportWithoutMemory final : public Client::Transport {
+  public:
+    Client::TimePoint now() override { return {}; }
+    std::int32_t connect(Client::TimePoint) override {
+        connected_ = true;
+        throw std::bad_alloc();
+    }
+    void disconnect() noexcept override { connected_ = false; }
+    bool isConnected() const override { return connected_; }
+    Client::Transfer send(std::span<const std::span<const std::byte>>) override { return {}; }
+    Client::Transfer receive(std::span<std::byte>) override { return {}; }
+    Client::Readiness wait(bool, Client::TimePoint) override { return {}; }
+
+  private:
+    bool connected_ = false;
+};
+
+TEST(ClientConnect, LeavesNothingOpenWhenMemoryRunsOut) {
+    Client::EndpointClient client(std::make_unique<TransportWithoutMemory>());
+    EXPECT_THROW(client.OpenConnection(ORVEL_RELAY_TEXT("")), std::bad_alloc);
+    EXPECT_EQ(client.CloseConnection(), Status::kConnectionLost);
 }
 
 TEST(ClientConnect, AnEndpointWithAMalformedNameHasNoServer) {
