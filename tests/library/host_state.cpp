@@ -11,8 +11,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <locale>
 #include <sstream>
+#include <string_view>
 #include <utility>
 
 namespace Orvel::HostTests {
@@ -90,6 +92,14 @@ void addProcess(HostState& state) {
     }
 }
 
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts) {
+        text += part;
+    }
+    return text;
+}
+
 }  // namespace
 
 HostState hostState() {
@@ -106,14 +116,14 @@ std::vector<std::string> differences(const HostState& before, const HostState& a
     for (const auto& [name, value] : before) {
         const auto now = after.find(name);
         if (now == after.end()) {
-            found.push_back(name + " is gone: " + value);
+            found.push_back(joined({name, " is gone: ", value}));
         } else if (now->second != value) {
-            found.push_back(name + " was " + value + " and is " + now->second);
+            found.push_back(joined({name, " was ", value, " and is ", now->second}));
         }
     }
     for (const auto& [name, value] : after) {
         if (!before.contains(name)) {
-            found.push_back(name + " is new: " + value);
+            found.push_back(joined({name, " is new: ", value}));
         }
     }
     return found;
