@@ -76,16 +76,15 @@ std::int32_t Connection::open(WideStringView argument) {
     if (bytesOf(argument) > Wire::kLargestGreeting) {
         return Status::kTextTooLong;
     }
-    const std::int32_t status = transport_->connect(transport_->now() + kConnectDeadline);
-    if (status != Status::kSuccess) {
-        return status;
-    }
     ClosedUnlessKept connection(*this);
-    const std::int32_t greeted = greet(argument);
-    if (greeted == Status::kSuccess) {
+    std::int32_t status = transport_->connect(transport_->now() + kConnectDeadline);
+    if (status == Status::kSuccess) {
+        status = greet(argument);
+    }
+    if (status == Status::kSuccess) {
         connection.keep();
     }
-    return greeted;
+    return status;
 }
 
 std::int32_t Connection::greet(WideStringView argument) {

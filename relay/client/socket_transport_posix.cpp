@@ -14,6 +14,7 @@
 
 #include "orvel/relay/rpc_client.h"
 #include "relay/client/polled_descriptor_posix.h"
+#include "relay/client/server_identity_posix.h"
 
 namespace Orvel::Relay::Client {
 namespace {
@@ -73,7 +74,11 @@ std::optional<std::int32_t> SocketTransport::tryToConnect(const std::string& pat
         result = ::connect(socket_, reinterpret_cast<const sockaddr*>(&*address), sizeof *address);
     } while (result != 0 && errno == EINTR);
     if (result == 0) {
-        return Status::kSuccess;
+        if (serverIsTrusted(socket_, path)) {
+            return Status::kSuccess;
+        }
+        disconnect();
+        return Status::kAccessDenied;
     }
     const int error = errno;
     disconnect();

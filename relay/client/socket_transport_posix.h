@@ -5,7 +5,8 @@
 
 namespace Orvel::Relay::Client {
 
-/// A Unix domain socket. It is closed in programs that the host executes, and raises no SIGPIPE.
+/// A Unix domain socket. It is closed in programs that the host executes, and raises no SIGPIPE. A
+/// server whom nobody has reason to trust is left before anything is sent to it.
 class SocketTransport final : public PathTransport {
   public:
     using PathTransport::PathTransport;

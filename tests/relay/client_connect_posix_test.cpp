@@ -2,14 +2,13 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 
 #include "orvel/relay/rpc_client.h"
+#include "tests/relay/other_user.h"
 #include "tests/relay/scripted_server.h"
 
 /// What a socket's path, its rights and a lack of descriptors do to the client's connecting.
@@ -19,20 +18,6 @@ namespace {
 
 std::filesystem::path folderOf(const ScriptedServer& server) {
     return std::filesystem::path(server.path()).parent_path();
-}
-
-// Runs a check as a user without rights; the check's number is the child's exit status.
-int asNobody(const std::function<int()>& check) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        constexpr uid_t kNobody = 65534;
-        const bool dropped = ::setresgid(kNobody, kNobody, kNobody) == 0 &&
-                             ::setresuid(kNobody, kNobody, kNobody) == 0;
-        ::_exit(dropped ? check() : 255);
-    }
-    int state = 0;
-    ::waitpid(child, &state, 0);
-    return WIFEXITED(state) ? WEXITSTATUS(state) : 254;
 }
 
 TEST(ClientConnectToSocket, FindsNoServerInAFileOfAnotherKind) {
@@ -77,11 +62,11 @@ TEST(ClientConnectToSocket, ReportsARefusalAndDoesNotLookFurther) {
         other.welcome();
         return other.makeClient({other.path()})->OpenConnection(u"");
     };
-    if (asNobody([] { return 0; }) == 255) {
+    if (!canBecomeOthers()) {
         GTEST_SKIP() << "root, and unable to become nobody";
     }
-    EXPECT_EQ(asNobody(otherAlone), Status::kSuccess);
-    EXPECT_EQ(asNobody(connectToBoth), Status::kAccessDenied);
+    EXPECT_EQ(asUser(kNobody, otherAlone), Status::kSuccess);
+    EXPECT_EQ(asUser(kNobody, connectToBoth), Status::kAccessDenied);
 }
 
 TEST(ClientConnectToSocket, ReportsAFolderThatMayNotBeEnteredAsARefusal) {
@@ -97,11 +82,11 @@ TEST(ClientConnectToSocket, ReportsAFolderThatMayNotBeEnteredAsARefusal) {
         ASSERT_EQ(::chmod(folderOf(server).c_str(), 0700), 0);
         return;
     }
-    if (asNobody([] { return 0; }) == 255) {
+    if (!canBecomeOthers()) {
         GTEST_SKIP() << "root, and unable to become nobody";
     }
     ASSERT_EQ(::chmod(folderOf(server).c_str(), 0700), 0);
-    EXPECT_EQ(asNobody(connectThere), Status::kAccessDenied);
+    EXPECT_EQ(asUser(kNobody, connectThere), Status::kAccessDenied);
 }
 
 TEST(ClientConnectToSocket, SaysThatDescriptorsAreExhausted) {

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "orvel/relay/rpc_client.h"
-#include "relay/client/path_transport.h"
 #include "tests/relay/scripted_server.h"
 
 /// How the client finds a server, and what it says when it finds none.
@@ -14,26 +14,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-// Connects as long as the queue of `path` has room.
-class FullQueue {
-  public:
-    explicit FullQueue(const std::string& path) {
-        constexpr Client::TimePoint kAtOnce{};
-        std::int32_t status = Status::kSuccess;
-        while (status == Status::kSuccess) {
-            transports_.push_back(Client::makeTransport({path}, Client::systemWaiter()));
-            status = transports_.back()->connect(kAtOnce);
-        }
-        EXPECT_EQ(status, Status::kTimeout);
-    }
-
-    // Of connections that a server has not taken yet.
-    std::size_t size() const { return transports_.size() - 1; }
-
-  private:
-    std::vector<std::unique_ptr<Client::Transport>> transports_;
-};
 
 TEST(ClientConnect, FindsNoServerWhereNothingIs) {
     ScriptedServer server;
@@ -78,23 +58,47 @@ TEST(ClientConnect, GoesNoFurtherThanTheFirstServer) {
 
 TEST(ClientConnect, GivesUpAFullQueueOfConnectionsAfterTwoSeconds) {
     ScriptedServer server;
-    const FullQueue queue(server.path());
+    server.fillQueue();
     EXPECT_EQ(server.makeClient()->OpenConnection(ORVEL_RELAY_TEXT("")), Status::kTimeout);
     EXPECT_EQ(server.elapsed(), seconds(2));
 }
 
 TEST(ClientConnect, WaitsForRoomInAFullQueueOfConnections) {
     ScriptedServer server;
-    const FullQueue queue(server.path());
-    ASSERT_GE(queue.size(), 1u);
+    const std::size_t waiting = server.fillQueue();
+    ASSERT_GE(waiting, 1u);
     server.pause(milliseconds(500));
-    for (std::size_t i = 0; i < queue.size(); ++i) {
+    for (std::size_t i = 0; i < waiting; ++i) {
         server.accept();
     }
     server.welcome();
     EXPECT_EQ(server.makeClient()->OpenConnection(ORVEL_RELAY_TEXT("")), Status::kSuccess);
     EXPECT_GE(server.elapsed(), milliseconds(500));
     EXPECT_LT(server.elapsed(), seconds(1));
+}
+
+// It has connected when memory runs out.
+class TransportWithoutMemory final : public Client::Transport {
+  public:
+    Client::TimePoint now() override { return {}; }
+    std::int32_t connect(Client::TimePoint) override {
+        connected_ = true;
+        throw std::bad_alloc();
+    }
+    void disconnect() noexcept override { connected_ = false; }
+    bool isConnected() const override { return connected_; }
+    Client::Transfer send(std::span<const std::span<const std::byte>>) override { return {}; }
+    Client::Transfer receive(std::span<std::byte>) override { return {}; }
+    Client::Readiness wait(bool, Client::TimePoint) override { return {}; }
+
+  private:
+    bool connected_ = false;
+};
+
+TEST(ClientConnect, LeavesNothingOpenWhenMemoryRunsOut) {
+    Client::EndpointClient client(std::make_unique<TransportWithoutMemory>());
+    EXPECT_THROW(client.OpenConnection(ORVEL_RELAY_TEXT("")), std::bad_alloc);
+    EXPECT_EQ(client.CloseConnection(), Status::kConnectionLost);
 }
 
 TEST(ClientConnect, AnEndpointWithAMalformedNameHasNoServer) {

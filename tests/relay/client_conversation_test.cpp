@@ -224,5 +224,19 @@ TEST_F(ClientConversation, AnythingButARefusalInMidCommandIsOutOfTurn) {
     expectClosedAndUsableAgain();
 }
 
+TEST_F(ClientConversation, ProgressInMidCommandIsOutOfTurn) {
+    server.welcome().receive(100'000).send(progressFrame(1));
+    open();
+    EXPECT_EQ(execute(WideString(4'000'000, ORVEL_RELAY_TEXT('x'))), Status::kProtocolError);
+    expectClosedAndUsableAgain();
+}
+
+TEST_F(ClientConversation, ARefusalOfAnotherCommandInMidCommandIsOutOfTurn) {
+    server.welcome().receive(100'000).send(errorFrame(2, 14));
+    open();
+    EXPECT_EQ(execute(WideString(4'000'000, ORVEL_RELAY_TEXT('x'))), Status::kProtocolError);
+    expectClosedAndUsableAgain();
+}
+
 }  // namespace
 }  // namespace Orvel::Relay::Testing

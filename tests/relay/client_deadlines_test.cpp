@@ -122,6 +122,27 @@ TEST_F(ClientDeadlines, GivesUpEndlessProgressAfterAnHour) {
     expectClosedAndUsableAgain();
 }
 
+TEST_F(ClientDeadlines, GivesUpAFloodOfProgressWithoutEverWaitingAfterAnHour) {
+    std::string flood;
+    for (int i = 0; i < 100; ++i) {
+        flood += progressFrame(1);
+    }
+    server.welcome().receiveFrame().forever().send(flood);
+    open();
+    server.slowClock(milliseconds(100));
+    EXPECT_EQ(execute(), Status::kTimeout);
+    EXPECT_GE(server.elapsed(), hours(1));
+    EXPECT_LT(server.elapsed(), hours(1) + seconds(20));
+    expectClosedAndUsableAgain();
+}
+
+TEST_F(ClientDeadlines, GivesUpEndlessProgressInPlaceOfAGreetingAfterAnHour) {
+    server.accept().receiveFrame().forever().pause(seconds(2)).send(progressFrame(0));
+    EXPECT_EQ(client->OpenConnection(ORVEL_RELAY_TEXT("")), Status::kTimeout);
+    EXPECT_EQ(server.elapsed(), hours(1));
+    expectClosedAndUsableAgain();
+}
+
 TEST_F(ClientDeadlines, WaitsForAGreetingAsLongAsTheServerSaysThatItIsWorking) {
     server.accept().receiveFrame();
     for (int i = 0; i < 40; ++i) {

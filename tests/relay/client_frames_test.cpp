@@ -42,6 +42,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadAnswer{"WrongVersion", with(replyFrame(1, ORVEL_RELAY_TEXT("x")), 4, 2)},
         BadAnswer{"UnknownType", with(replyFrame(1, ORVEL_RELAY_TEXT("x")), 5, 7)},
         BadAnswer{"WrongHeaderLength", with(replyFrame(1, ORVEL_RELAY_TEXT("x")), 6, 40)},
+        BadAnswer{"ZeroHeaderLength", with(replyFrame(1, ORVEL_RELAY_TEXT("x")), 6, 0)},
         BadAnswer{"Flags", with(replyFrame(1, ORVEL_RELAY_TEXT("x")), 20, 1)},
         BadAnswer{"EarlierId", replyFrame(0, ORVEL_RELAY_TEXT("x"))},
         BadAnswer{"LaterId", replyFrame(2, ORVEL_RELAY_TEXT("x"))},
@@ -89,6 +90,17 @@ TEST_F(ClientFrames, WhatComesBeyondAReplyIsOutOfTurn) {
     EXPECT_EQ(execute(), Status::kProtocolError);
     EXPECT_EQ(reply, ORVEL_RELAY_TEXT("first"));
     EXPECT_EQ(execute(), Status::kConnectionLost);
+}
+
+TEST_F(ClientFrames, WhatComesAfterAReplyOfLengthZeroIsOutOfTurn) {
+    server.welcome().receiveFrame().send(
+        with(replyFrame(1, WideString(20, ORVEL_RELAY_TEXT('x'))), 24, 0));
+    open();
+    EXPECT_EQ(execute(), Status::kSuccess);
+    EXPECT_EQ(reply, ORVEL_RELAY_TEXT(""));
+    reply = ORVEL_RELAY_TEXT("untouched");
+    EXPECT_EQ(execute(), Status::kProtocolError);
+    expectClosedAndUsableAgain();
 }
 
 TEST_F(ClientFrames, ALargestReplyIsAsLongAsAnnounced) {

@@ -61,8 +61,7 @@ inline std::string progressFrame(std::uint32_t id) { return frame(Wire::FrameTyp
 
 /// The frame with one byte of its header set.
 inline std::string with(std::string frame, std::size_t at, unsigned char value) {
-    frame[at] = static_cast<char>(value);
-    return frame;
+    return frame.replace(at, 1, 1, static_cast<char>(value));
 }
 
 }  // namespace Orvel::Relay::Testing

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "orvel/relay/rpc_client.h"
 #include "relay/client/path_transport.h"
 #include "tests/relay/frame_bytes.h"
 
@@ -132,6 +133,17 @@ void ScriptedServer::startOver() {
     steps_.clear();
     repeats_ = false;
     perLook_ = std::chrono::milliseconds(0);
+}
+
+std::size_t ScriptedServer::fillQueue() {
+    constexpr TimePoint kAtOnce{};
+    for (;;) {
+        auto another = Client::makeTransport({path()}, Client::systemWaiter());
+        if (another->connect(kAtOnce) != Status::kSuccess) {
+            return queue_.size();
+        }
+        queue_.push_back(std::move(another));
+    }
 }
 
 std::unique_ptr<Client::EndpointClient> ScriptedServer::makeClient() {

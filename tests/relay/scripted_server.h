@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "relay/client/endpoint_client.h"
+#include "relay/client/transport.h"
 #include "relay/client/waiter.h"
 #include "relay/wire/frame.h"
 #include "tests/relay/server_end.h"
@@ -45,6 +46,10 @@ class ScriptedServer final : public Client::Waiter {
     void startOver();
     void stopListening() { end_.stopListening(); }
 
+    /// Lets others connect until no more can.
+    /// @return how many are connected and wait to be accepted.
+    std::size_t fillQueue();
+
     /// A client of this server, or one that tries these paths.
     std::unique_ptr<Client::EndpointClient> makeClient();
     std::unique_ptr<Client::EndpointClient> makeClient(std::vector<std::string> paths);
@@ -78,6 +83,7 @@ class ScriptedServer final : public Client::Waiter {
     std::deque<Step> steps_;
     bool repeats_ = false;
     std::string received_;
+    std::vector<std::unique_ptr<Client::Transport>> queue_;
     Client::TimePoint start_{std::chrono::hours{1000}};
     Client::TimePoint now_ = start_;
     Client::TimePoint pauseEnd_{};

@@ -21,7 +21,8 @@ namespace Status {
 
 /// The operation succeeded.
 inline constexpr std::int32_t kSuccess = 0;
-/// The endpoint is there, but this user may not connect to it (ERROR_ACCESS_DENIED).
+/// The endpoint is there, but this user may not connect to it, or somebody serves it whom this user
+/// has no reason to trust (ERROR_ACCESS_DENIED).
 inline constexpr std::int32_t kAccessDenied = 5;
 /// The server gave no answer within the deadline (ERROR_TIMEOUT).
 inline constexpr std::int32_t kTimeout = 1460;
