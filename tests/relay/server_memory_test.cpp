@@ -1,13 +1,18 @@
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <chrono>
-#include <iostream>
+#include <optional>
 #include <string>
+#include <thread>
 
 #include "relay/server/alarm.h"
 #include "tests/memory/exhaustion.h"
+#include "tests/relay/frame_bytes.h"
+#include "tests/relay/raw_client.h"
 #include "tests/relay/running_server.h"
 #include "tests/support/failing_memory.h"
 
@@ -38,6 +43,7 @@ Outcome converse(const RunningServer& server, const WideString& command) {
 TEST(ServerMemory, RunningOutEndsAConnectionAndNothingElse) {
     const WideString command(200'000, 'x');
     RunningServer server;
+    ASSERT_EQ(converse(server, command).status, Status::kSuccess) << "it is running";
     int failed = 0;
     int lost = 0;
     for (const auto shortage : {Memory::Shortage::kMomentary, Memory::Shortage::kLasting}) {
@@ -57,6 +63,45 @@ TEST(ServerMemory, RunningOutEndsAConnectionAndNothingElse) {
         }
     }
     TestSupport::printFault("the relay's server", failed, lost);
+}
+
+// As many descriptors as there are, and one more.
+class OneMoreDescriptor {
+  public:
+    OneMoreDescriptor() {
+        ::getrlimit(RLIMIT_NOFILE, &before_);
+        const int next = ::dup(0);
+        ::close(next);
+        rlimit limit = before_;
+        limit.rlim_cur = static_cast<rlim_t>(next) + 1;
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+    }
+    OneMoreDescriptor(const OneMoreDescriptor&) = delete;
+    OneMoreDescriptor& operator=(const OneMoreDescriptor&) = delete;
+    ~OneMoreDescriptor() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+
+  private:
+    rlimit before_{};
+};
+
+TEST(ServerMemory, RunningOutTogetherWithDescriptorsKeepsTheDoorWatched) {
+    for (const long allocations : {0, 1}) {
+        SCOPED_TRACE(allocations);
+        RunningServer server;
+        ASSERT_EQ(converse(server, {}).status, Status::kSuccess) << "it is running";
+        std::optional<RawClient> client;
+        {
+            const OneMoreDescriptor taken;
+            Memory::failElsewhereAfter(allocations, Memory::Shortage::kLasting);
+            client.emplace(server.path());
+            while (Memory::failedElsewhere() == 0) {
+                std::this_thread::yield();
+            }
+        }
+        Memory::relentElsewhere();
+        client->send(helloFrame());
+        EXPECT_EQ(client->receive(Wire::kHeaderSize).size(), Wire::kHeaderSize);
+    }
 }
 
 class AlarmWithoutMemory : public testing::Test {
