@@ -101,6 +101,8 @@ class Transaction {
     void commit();
 
   private:
+    void undo();
+
     Database& database_;
 };
 
