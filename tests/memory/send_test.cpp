@@ -49,7 +49,7 @@ TEST_F(SendingWithoutMemory, IsAllOrNothingForAnEmptyQueue) { send("no event", 0
 
 TEST_F(SendingWithoutMemory, IsAllOrNothingForOneEvent) { send("one event", 1); }
 
-TEST_F(SendingWithoutMemory, IsAllOrNothingForManyEvents) { send("100 events", 100); }
+TEST_F(SendingWithoutMemory, IsAllOrNothingForManyEvents) { send("20 events", 20); }
 
 TEST_F(SendingWithoutMemory, IsAllOrNothingWhenTheServiceRefuses) {
     send("refused by the service", 2,

@@ -28,10 +28,10 @@ SessionScene::SessionScene(AnsweringService& answering, std::size_t queued, Wide
     : service(answering),
       session(application, ORVEL_TEXT("1.2.3-of-some-length")),
       evt({field(ORVEL_TEXT("n"), ORVEL_TEXT("integer")),
-           field(ORVEL_TEXT("text"), ORVEL_TEXT("varchar(1000000)"))}),
+           field(ORVEL_TEXT("text"), ORVEL_TEXT("varchar(100000)"))}),
       application_(std::move(application)) {
     for (std::size_t n = 0; n < queued; ++n) {
-        collect(json{{"n", n}, {"text", plainText(n % 2 == 0 ? 5 : 3'000)}}.dump());
+        collect(json{{"n", n}, {"text", plainText(n % 2 == 0 ? 5 : 300)}}.dump());
     }
     firstSessionId_ = SessionAccess::appSession(session).sessionId;
     firstUserId_ = SessionAccess::appSession(session).userId;

@@ -2,6 +2,20 @@
 #include "support/consent_documents.h"
 
 namespace Orvel::TestSupport {
+namespace {
+
+// Made once: what makes JSON here is not what is to lack memory.
+const WideString& record() {
+    static const WideString text = toWide(consentDocument().dump());
+    return text;
+}
+
+const WideString& addresses() {
+    static const WideString text = toWide(privacyDocument().dump());
+    return text;
+}
+
+}  // namespace
 
 WideString usualAnswer(const WideString& command) {
     const std::size_t end = command.find(ORVEL_TEXT("::"));
@@ -11,10 +25,10 @@ WideString usualAnswer(const WideString& command) {
         return application + ORVEL_TEXT("::ACK::");
     }
     if (token == ORVEL_TEXT("::GET_CONSENT::")) {
-        return application + ORVEL_TEXT("::CONSENT_RECORD::") + toWide(consentDocument().dump());
+        return application + ORVEL_TEXT("::CONSENT_RECORD::") + record();
     }
     if (token == ORVEL_TEXT("::GET_PRIVACY_DOCUMENTS::")) {
-        return application + ORVEL_TEXT("::PRIVACY_DOCUMENTS::") + toWide(privacyDocument().dump());
+        return application + ORVEL_TEXT("::PRIVACY_DOCUMENTS::") + addresses();
     }
     // Too long for what a client has ready for a short one.
     return application + ORVEL_TEXT("::SUCCESS::") + WideString(10'000, ' ');

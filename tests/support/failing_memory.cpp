@@ -22,7 +22,7 @@ enum class Elsewhere { kPlenty, kMomentary, kLasting };
 
 constinit std::atomic<Elsewhere> elsewhere{Elsewhere::kPlenty};
 constinit std::atomic<long> leftElsewhere{0};
-constinit std::atomic<long> failedElsewhere{0};
+constinit std::atomic<long> failuresElsewhere{0};
 thread_local constinit bool spared = false;
 
 bool failsByOwnPlan() noexcept {
@@ -40,7 +40,7 @@ bool failsByPlanOfOthers(Elsewhere plan) noexcept {
     if (left > 0 || (left < 0 && plan == Elsewhere::kMomentary)) {
         return false;
     }
-    ++failedElsewhere;
+    ++failuresElsewhere;
     return true;
 }
 
@@ -55,15 +55,17 @@ long relent() {
 
 void failElsewhereAfter(long allocations, Shortage shortage) {
     spared = true;
-    failedElsewhere = 0;
+    failuresElsewhere = 0;
     leftElsewhere = allocations;
     elsewhere = shortage == Shortage::kLasting ? Elsewhere::kLasting : Elsewhere::kMomentary;
 }
 
 long relentElsewhere() {
     elsewhere = Elsewhere::kPlenty;
-    return failedElsewhere;
+    return failuresElsewhere;
 }
+
+long failedElsewhere() { return failuresElsewhere; }
 
 long held() { return blocks; }
 

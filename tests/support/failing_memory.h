@@ -22,6 +22,9 @@ long relent();
 void failElsewhereAfter(long allocations, Shortage shortage);
 long relentElsewhere();
 
+/// How many allocations have failed there so far.
+long failedElsewhere();
+
 /// How many blocks the calling thread has allocated and not freed.
 long held();
 
