@@ -1,5 +1,6 @@
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -70,7 +71,7 @@ class OneMoreDescriptor {
   public:
     OneMoreDescriptor() {
         ::getrlimit(RLIMIT_NOFILE, &before_);
-        const int next = ::dup(0);
+        const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
         ::close(next);
         rlimit limit = before_;
         limit.rlim_cur = static_cast<rlim_t>(next) + 1;
@@ -88,7 +89,9 @@ TEST(ServerMemory, RunningOutTogetherWithDescriptorsKeepsTheDoorWatched) {
     for (const long allocations : {0, 1}) {
         SCOPED_TRACE(allocations);
         RunningServer server;
-        ASSERT_EQ(converse(server, {}).status, Status::kSuccess) << "it is running";
+        // It is running, and no connection ends meanwhile.
+        const auto first = server.makeClient();
+        ASSERT_EQ(first->OpenConnection({}), Status::kSuccess);
         std::optional<RawClient> client;
         {
             const OneMoreDescriptor taken;

@@ -3,11 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
+#include <vector>
 
 #include "memory/exhaustion.h"
 #include "service/conversation.h"
@@ -74,7 +77,8 @@ class ServiceWithoutMemory : public testing::Test {
     /// A registration of a version that was never registered.
     std::string registration() {
         return R"(::REGISTER_DATACLASS::{"name":"An event","id":"Evt","version":")" +
-               std::to_string(++versions_) + R"(","fields":[)"
+               std::to_string(++versions_) +
+               R"(","fields":[)"
                R"({"id":"n","name":"Number","nullable":"false","type":"integer"},)"
                R"json({"id":"text","name":"Text","nullable":"true","type":"varchar(4000)"}]})json";
     }
@@ -183,10 +187,70 @@ TEST_F(ServiceWithoutMemory, GivesTheConsentThatIsStoredOrNone) {
     run("get-consent command", "::GET_CONSENT::", answerTo("::GET_CONSENT::"), 0);
 }
 
+TEST_F(ServiceWithoutMemory, StoresWhatItAcknowledgesForSeveralThreadsAtATime) {
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 100;
+    constexpr int kAllocations = 50;
+    ASSERT_EQ(answerTo(registration()), kSuccess);
+    std::atomic<int> failed = 0;
+    std::atomic<int> acknowledged = 0;
+    const auto send = [&] {
+        const auto conversation = connected();
+        for (int round = 0; round < kRounds; ++round) {
+            WideString text =
+                wide(kName + "::COLLECT_DATACLASS::" + batchOf(event(std::to_string(round))));
+            Memory::failAfter(round % kAllocations, round % 2 == 0 ? Memory::Shortage::kMomentary
+                                                                   : Memory::Shortage::kLasting);
+            const auto answer = execute(*conversation, std::move(text));
+            failed += Memory::relent() > 0 ? 1 : 0;
+            acknowledged += answer == kSuccess ? 1 : 0;
+            EXPECT_TRUE(!answer || answer == kSuccess || isError(*answer));
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back(send);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(count("batch"), acknowledged);
+    EXPECT_EQ(count("event"), acknowledged);
+    printFault("the service's collect command in four threads", failed,
+               kThreads * kRounds - acknowledged);
+    expectUsable();
+}
+
+TEST_F(ServiceWithoutMemory, OpensItsDataOrSaysWhyNot) {
+    // There are some 1,600 allocations, and each attempt takes its time.
+    constexpr long kStep = 37;
+    expectUsable();
+    const std::int64_t before = stored();
+    int failed = 0;
+    int raised = 0;
+    for (const auto shortage : {Memory::Shortage::kMomentary, Memory::Shortage::kLasting}) {
+        for (long n = 0, failures = 1; failures > 0; n += kStep) {
+            std::unique_ptr<Store> opened;
+            Memory::failAfter(n, shortage);
+            try {
+                opened = std::make_unique<Store>(file_, systemTime);
+            } catch (const std::exception&) {
+                ++raised;
+            }
+            failures = Memory::relent();
+            EXPECT_TRUE(opened || failures > 0);
+            failed += failures > 0 ? 1 : 0;
+        }
+    }
+    printFault("opening the service's data", failed, raised);
+    EXPECT_EQ(stored(), before);
+    expectUsable();
+}
+
 TEST_F(ServiceWithoutMemory, GivesTheAddressesOrNone) {
     settings_.privacyAddresses.privacy = "https://example.com/privacy";
-    run("get-privacy-documents command", "::GET_PRIVACY_DOCUMENTS::",
-        answerTo("::GET_PRIVACY_DOCUMENTS::"), 0);
+    run("get-privacy-documents command",
+        "::GET_PRIVACY_DOCUMENTS::", answerTo("::GET_PRIVACY_DOCUMENTS::"), 0);
 }
 
 }  // namespace
