@@ -49,7 +49,7 @@ requireToolchain() {
 }
 
 makeToolchain() {
-    local target
+    local target maker makers=() failed=0
     cd "$toolchainWork"
     fetchToolchainSources
     for target in "${windowsTargets[@]}"; do
@@ -57,16 +57,27 @@ makeToolchain() {
     done
     PATH=$ORVEL_WINDOWS_TOOLCHAIN/bin:$PATH
     makeWindowsHeaders
+    # Side by side, because much of it is configured by scripts that use one processor.
     for target in "${windowsTargets[@]}"; do
-        printf '%s: C runtime, ' "$target"
-        makeWindowsLibraries "$target"
-        printf 'compiler runtime, '
-        makeCompilerRuntime "$target"
-        printf 'C++ runtime, '
-        makeCxxRuntime "$target"
-        printf 'libraries of tests and tool\n'
-        makeTargetLibraries "$target"
+        makeForTarget "$target" &
+        makers+=("$!")
     done
+    for maker in "${makers[@]}"; do
+        wait "$maker" || failed=1
+    done
+    return "$failed"
+}
+
+makeForTarget() {
+    local target=$1
+    printf '%s: C runtime\n' "$target"
+    makeWindowsLibraries "$target"
+    printf '%s: compiler runtime\n' "$target"
+    makeCompilerRuntime "$target"
+    printf '%s: C++ runtime\n' "$target"
+    makeCxxRuntime "$target"
+    printf '%s: libraries of tests and tool\n' "$target"
+    makeTargetLibraries "$target"
 }
 
 fetchToolchainSources() {
