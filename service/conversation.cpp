@@ -96,13 +96,12 @@ WideString Conversation::connect(const Command& command) {
 }
 
 WideString Conversation::serve(const Command& command) {
+    // What is stored is acknowledged with what was made before.
+    WideString reply = plainReply(name_, Tokens::kSuccess);
     if (command.token == Tokens::kRegister) {
         registerClass(command.payload);
     } else if (command.token == Tokens::kCollect) {
-        const auto errors = collect(command.payload);
-        if (!errors.empty()) {
-            return errorReply(name_, command.token, errors);
-        }
+        return collect(command);
     } else if (command.token == Tokens::kGetConsent) {
         expectNoPayload(command);
         return jsonReply(name_, Tokens::kConsentRecord,
@@ -116,7 +115,7 @@ WideString Conversation::serve(const Command& command) {
     } else {
         throw Refusal(ErrorNames::kMalformedOrUnknownMessage);
     }
-    return plainReply(name_, Tokens::kSuccess);
+    return reply;
 }
 
 void Conversation::registerClass(WideStringView payload) {
@@ -134,11 +133,11 @@ void Conversation::registerClass(WideStringView payload) {
     }
 }
 
-std::vector<ErrorName> Conversation::collect(WideStringView payload) {
+WideString Conversation::collect(const Command& command) {
     if (!settings_.processData) {
         throw Refusal(ErrorNames::kNotRightAccessToWrite);
     }
-    const std::string document = payloadText(payload);
+    const std::string document = payloadText(command.payload);
     const Batch batch(document);
     const Session& session = batch.session();
     if (session.application != application_) {
@@ -157,14 +156,16 @@ std::vector<ErrorName> Conversation::collect(WideStringView payload) {
         [this](std::string_view identifier) {
             return settings_.access.mayUse(application_, identifier);
         });
-    store_.addBatch(session, peer_.userId, events);
     std::vector<ErrorName> errors;
     for (const JudgedEvent& event : events) {
         if (!event.error.empty()) {
             errors.push_back(event.error);
         }
     }
-    return errors;
+    WideString reply = errors.empty() ? plainReply(name_, Tokens::kSuccess)
+                                      : errorReply(name_, command.token, errors);
+    store_.addBatch(session, peer_.userId, events);
+    return reply;
 }
 
 void Conversation::setConsent(WideStringView payload) {

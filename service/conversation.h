@@ -35,7 +35,7 @@ class Conversation : public Relay::Server::Conversation {
     WideString connect(const Command& command);
     WideString serve(const Command& command);
     void registerClass(WideStringView payload);
-    std::vector<ErrorName> collect(WideStringView payload);
+    WideString collect(const Command& command);
     void setConsent(WideStringView payload);
     void logStorageError(const char* reason);
 

@@ -116,10 +116,14 @@ bool Statement::isNull(int column) const {
 }
 
 Transaction::Transaction(Database& database, Database::Access access) : database_(database) {
+    // What an earlier transaction could not undo, for want of memory.
+    undo();
     database_.execute(access == Database::Access::kReadOnly ? "BEGIN" : "BEGIN IMMEDIATE");
 }
 
-Transaction::~Transaction() {
+Transaction::~Transaction() { undo(); }
+
+void Transaction::undo() {
     // After a commit there is nothing to undo; some failures have undone everything already.
     if (sqlite3_get_autocommit(database_.handle()) == 0) {
         sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);

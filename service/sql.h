@@ -117,6 +117,8 @@ class Transaction {
     void commit();
 
   private:
+    void undo();
+
     Database& database_;
 };
 

@@ -8,6 +8,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "relay/server/watchdog.h"
@@ -38,8 +39,9 @@ class Alarm {
         }
     }
 
-    /// Any thread.
-    void setFor(TimePoint time) {
+    /// Any thread. When there is no memory for it, the alarm does not ring for this time, and the
+    /// next one is set as if nothing was set before.
+    void setFor(TimePoint time) noexcept {
         auto earliest = next_.load();
         do {
             if (time >= earliest) {
@@ -47,10 +49,24 @@ class Alarm {
             }
         } while (!next_.compare_exchange_weak(earliest, time));
         // Timers belong to the thread that runs the server.
-        asio::dispatch(io_, [this] { watchdog_->watch(next_.load()); });
+        try {
+            asio::dispatch(io_, [this] { watch(); });
+        } catch (const std::bad_alloc&) {
+            forget(time);
+        }
     }
 
   private:
+    void watch() {
+        const TimePoint time = next_;
+        if (!watchdog_->watch(time)) {
+            forget(time);
+        }
+    }
+
+    // Unless an earlier time was set meanwhile.
+    void forget(TimePoint time) { next_.compare_exchange_strong(time, TimePoint::max()); }
+
     void fire() {
         next_ = TimePoint::max();
         ring_();

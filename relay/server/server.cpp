@@ -77,6 +77,7 @@ class Server::Impl {
     void takeClientIn();
     void admit(Descriptor client);
     void watchDoorLater();
+    void pauseAtDoor();
     void lookAtSessions();
     void beginToStop();
     void endWhenStopped();
@@ -163,13 +164,19 @@ void Server::Impl::takeClientIn() {
 
 void Server::Impl::watchDoorLater() {
     try {
-        asio::post(io_, [this] {
-            pause_.expires_after(kPauseWithoutDescriptors);
-            pause_.async_wait([this](std::error_code error) {
-                if (!error) {
-                    workers_->watchDoor();
-                }
-            });
+        asio::post(io_, [this] { pauseAtDoor(); });
+    } catch (const std::bad_alloc&) {
+        workers_->watchDoor();
+    }
+}
+
+void Server::Impl::pauseAtDoor() {
+    try {
+        pause_.expires_after(kPauseWithoutDescriptors);
+        pause_.async_wait([this](std::error_code error) {
+            if (!error) {
+                workers_->watchDoor();
+            }
         });
     } catch (const std::bad_alloc&) {
         workers_->watchDoor();

@@ -6,12 +6,14 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace Orvel::Relay::Server {
 
-/// Calls back when a deadline passes. Moving the deadline away, which every command does, costs no
-/// more than an assignment: the timer looks at it when it fires.
+/// Calls back when a deadline passes, or before when there is no memory to wait for it any longer.
+/// Moving the deadline away, which every command does, costs no more than an assignment: the timer
+/// looks at it when it fires.
 class Watchdog : public std::enable_shared_from_this<Watchdog> {
   public:
     using Clock = std::chrono::steady_clock;
@@ -19,11 +21,10 @@ class Watchdog : public std::enable_shared_from_this<Watchdog> {
     Watchdog(const asio::any_io_executor& executor, std::function<void()> expired)
         : timer_(executor), expired_(std::move(expired)) {}
 
-    void watch(Clock::time_point deadline) {
+    /// @return whether it will call back; false when there is no memory for that.
+    bool watch(Clock::time_point deadline) {
         deadline_ = deadline;
-        if (deadline_ < firesAt_) {
-            arm();
-        }
+        return firesAt_ <= deadline_ || arm();
     }
 
     /// Nothing is being waited for.
@@ -39,14 +40,20 @@ class Watchdog : public std::enable_shared_from_this<Watchdog> {
   private:
     static constexpr Clock::time_point kNever = Clock::time_point::max();
 
-    void arm() {
-        firesAt_ = deadline_;
-        timer_.expires_at(firesAt_);
-        timer_.async_wait([self = shared_from_this()](std::error_code error) {
-            if (!error) {
-                self->fire();
-            }
-        });
+    bool arm() {
+        try {
+            timer_.expires_at(deadline_);
+            timer_.async_wait([self = shared_from_this()](std::error_code error) {
+                if (!error) {
+                    self->fire();
+                }
+            });
+            firesAt_ = deadline_;
+        } catch (const std::bad_alloc&) {
+            // What it waited for before has been cancelled already.
+            firesAt_ = kNever;
+        }
+        return firesAt_ != kNever;
     }
 
     void fire() {
@@ -54,9 +61,7 @@ class Watchdog : public std::enable_shared_from_this<Watchdog> {
         if (deadline_ == kNever) {
             return;
         }
-        if (Clock::now() < deadline_) {
-            arm();
-        } else {
+        if (deadline_ <= Clock::now() || !arm()) {
             rest();
             expired_();
         }

@@ -1,43 +1,63 @@
+#include <errno.h>
 #include <fcntl.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
 #include <array>
-#include <cstddef>
+#include <optional>
 #include <string>
 
 #include "events/device_info.h"
 #include "events/os_release.h"
+#include "json/raise.h"
 #include "text/unicode.h"
 
 namespace Orvel::Analytics::Events {
 namespace {
 
-/// A file to read from.
+/// Raises what kept a file that is there from being read: the device would get another identity
+/// when the file was taken for missing.
+[[noreturn]] void raiseFailedReading(int error) {
+    constexpr std::uint32_t kTooManyOpenFiles = 0x80070004;
+    constexpr std::uint32_t kReadFault = 0x8007001E;
+    Json::raise(error == ENOMEM                       ? Json::Status::kOutOfMemory
+                : error == EMFILE || error == ENFILE ? kTooManyOpenFiles
+                                                      : kReadFault,
+                "The system's name and version cannot be read");
+}
+
+/// A file that is open until the end of a block, and in no program that the process executes: no
+/// stream of the standard library can see to that while another thread starts one.
 class OpenFile {
   public:
-    // Another thread of the application may start a program just now, which is not to have the file
-    // as well: no stream of the standard library can see to that.
-    explicit OpenFile(const char* path) : descriptor_(open(path, O_RDONLY | O_CLOEXEC)) {}
+    explicit OpenFile(const char* path) : descriptor_(::open(path, O_RDONLY | O_CLOEXEC)) {
+        if (descriptor_ < 0 && (errno == ENOMEM || errno == EMFILE || errno == ENFILE)) {
+            raiseFailedReading(errno);
+        }
+    }
     OpenFile(const OpenFile&) = delete;
     OpenFile& operator=(const OpenFile&) = delete;
     ~OpenFile() {
         if (isOpen()) {
-            close(descriptor_);
+            ::close(descriptor_);
         }
     }
 
-    bool isOpen() const { return descriptor_ >= 0; }
+    [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
 
-    std::string rest() const {
-        std::string text;
-        std::array<char, 1024> part;
+    [[nodiscard]] std::string content() const {
+        std::string content;
+        std::array<char, 1024> block;
         for (;;) {
-            const ssize_t count = read(descriptor_, part.data(), part.size());
-            if (count <= 0) {
-                return text;
+            const ssize_t count = ::read(descriptor_, block.data(), block.size());
+            if (count == 0) {
+                return content;
             }
-            text.append(part.data(), static_cast<std::size_t>(count));
+            if (count > 0) {
+                content.append(block.data(), static_cast<std::size_t>(count));
+            } else if (errno != EINTR) {
+                raiseFailedReading(errno);
+            }
         }
     }
 
@@ -50,7 +70,7 @@ std::string readOsRelease() {
     for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
         const OpenFile file(path);
         if (file.isOpen()) {
-            return file.rest();
+            return file.content();
         }
     }
     return {};

@@ -27,11 +27,11 @@ std::int32_t hresult_error::code() const noexcept { return code_; }
 
 WideString hresult_error::message() const {
     WideString wide;
-    Text::appendUtf8(wide, message_);
+    Text::appendUtf8(wide, what());
     return wide;
 }
 
-const char* hresult_error::what() const noexcept { return message_.c_str(); }
+const char* hresult_error::what() const noexcept { return message_.what(); }
 
 #define ORVEL_DEFINE_HRESULT_ERROR(name)                                \
     name::name(const std::string& message)                              \

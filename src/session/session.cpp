@@ -1,5 +1,6 @@
 #include "orvel/analytics/session.h"
 
+#include <optional>
 #include <utility>
 
 #include "channel/service_channel.h"
@@ -24,6 +25,36 @@ namespace Channel = Orvel::Analytics::Channel;
 namespace Events = Orvel::Analytics::Events;
 namespace Text = Orvel::Analytics::Text;
 
+namespace {
+
+/// What a session gets when it is renewed. It is made before there is no way back, so that memory
+/// cannot run out behind it.
+class Renewal {
+  public:
+    explicit Renewal(bool keepsUserId) : sessionId_(Events::generateGuidString()) {
+        if (!keepsUserId) {
+            userId_ = Events::generateGuidString();
+        }
+    }
+
+    void apply(AppSession& session, std::int64_t& endTime) noexcept {
+        Text::readTimeZone();
+        session.sessionCounter = 0;
+        endTime = 0;
+        session.startTime = Text::currentTime();
+        session.sessionId = std::move(sessionId_);
+        if (userId_) {
+            session.userId = std::move(*userId_);
+        }
+    }
+
+  private:
+    WideString sessionId_;
+    std::optional<WideString> userId_;
+};
+
+}  // namespace
+
 AnalyticsSession::AnalyticsSession(WideString appName, WideString appVersion, WideString userId,
                                    WideString appSessionInitiated) {
     if (appName.empty()) {
@@ -45,7 +76,10 @@ AnalyticsSession::AnalyticsSession(AnalyticsSession&& other) noexcept
     eventQueue.swap(other.eventQueue);
 }
 
-AnalyticsSession& AnalyticsSession::operator=(const AnalyticsSession& other) = default;
+AnalyticsSession& AnalyticsSession::operator=(const AnalyticsSession& other) {
+    // Copied first: a session that reports one application's events as another's is worse than none.
+    return *this = AnalyticsSession(other);
+}
 
 AnalyticsSession& AnalyticsSession::operator=(AnalyticsSession&& other) noexcept {
     if (this != &other) {
@@ -85,19 +119,16 @@ AnalyticsResult AnalyticsSession::SendEvents() {
     if (document.empty()) {
         return AnalyticsResult::MalformedJson;
     }
+    Renewal renewal(userIdSupplied);
     eventQueue.clear();
     AnalyticsResult result;
     try {
         result = Channel::collectCommand(channel, appSession.appName, std::move(document));
     } catch (...) {
-        try {
-            RefreshSession();
-        } catch (...) {
-            // The error that the application learns of is the first one.
-        }
+        renewal.apply(appSession, endTime);
         throw;
     }
-    RefreshSession();
+    renewal.apply(appSession, endTime);
     return result;
 }
 
@@ -164,17 +195,7 @@ void AnalyticsSession::InitAppSession(WideString appName, WideString appVersion,
 }
 
 void AnalyticsSession::RefreshSession() {
-    // Made first, so that a session is never half renewed when memory runs out.
-    WideString sessionId = Events::generateGuidString();
-    WideString userId = userIdSupplied ? WideString() : Events::generateGuidString();
-    Text::readTimeZone();
-    appSession.sessionCounter = 0;
-    endTime = 0;
-    appSession.startTime = Text::currentTime();
-    appSession.sessionId = std::move(sessionId);
-    if (!userIdSupplied) {
-        appSession.userId = std::move(userId);
-    }
+    Renewal(userIdSupplied).apply(appSession, endTime);
 }
 
 void AnalyticsSession::SetAppSessionInitiated(WideString appSessionInitiated) {

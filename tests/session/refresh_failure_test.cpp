@@ -6,6 +6,7 @@
 
 #include "events/guid_source.h"
 #include "orvel/analytics.h"
+#include "support/data_classes.h"
 #include "support/scripted_rpc_client.h"
 #include "support/session_access.h"
 
@@ -34,7 +35,9 @@ namespace {
 
 using Orvel::WideString;
 using Orvel::Analytics::Session::SessionAccess;
+using Orvel::TestSupport::field;
 using Orvel::TestSupport::RpcScript;
+using Orvel::TestSupport::TestDataClass;
 
 class RefreshFailure : public testing::Test {
   protected:
@@ -43,15 +46,22 @@ class RefreshFailure : public testing::Test {
     RpcScript script;
 };
 
-TEST_F(RefreshFailure, GivesWayToTheErrorOfTheReplyAndDoesNotEndTheProcess) {
+TEST_F(RefreshFailure, IsRaisedBeforeAnythingIsSent) {
     AnalyticsSession session(ORVEL_TEXT("MyApp"), ORVEL_TEXT("1"));
-    script.executions = {{0, ORVEL_TEXT("MyApp::ACK::")}, {0, ORVEL_TEXT("ErrorCode")}};
-    EXPECT_THROW(session.SendEvents(), Orvel::Analytics::hresult_error);
+    TestDataClass evt({field(ORVEL_TEXT("a"), ORVEL_TEXT("text"))});
+    session.CollectEvent(&evt, ORVEL_TEXT(R"({"a":1})"));
+    EXPECT_THROW(session.SendEvents(), std::bad_alloc);
+    EXPECT_TRUE(script.executed.empty());
+    EXPECT_EQ(SessionAccess::eventQueue(session).size(), 1U);
 }
 
-TEST_F(RefreshFailure, IsRaisedAfterASendThatSucceeded) {
+TEST_F(RefreshFailure, DoesNotComeBetweenAReplyThatCannotBeReadAndItsError) {
     AnalyticsSession session(ORVEL_TEXT("MyApp"), ORVEL_TEXT("1"));
-    EXPECT_THROW(session.SendEvents(), std::bad_alloc);
+    const WideString before = SessionAccess::appSession(session).sessionId;
+    script.executions = {{0, ORVEL_TEXT("MyApp::ACK::")}, {0, ORVEL_TEXT("ErrorCode")}};
+    guidsLeft = 2;
+    EXPECT_THROW(session.SendEvents(), Orvel::Analytics::hresult_error);
+    EXPECT_NE(SessionAccess::appSession(session).sessionId, before);
 }
 
 TEST_F(RefreshFailure, LeavesTheSessionAsItWas) {

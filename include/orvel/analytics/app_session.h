@@ -12,7 +12,8 @@
 namespace Orvel::Analytics::Session {
 
 /// The identity under which an application reports. A plain value: it owns its texts, copies and
-/// moves member by member, and a moved-from record's texts are empty.
+/// moves member by member, and a moved-from record's texts are empty. A copy assignment that runs
+/// out of memory (`std::bad_alloc`) leaves each text as it was or as it was to be.
 class ORVEL_ANALYTICS_EXPORT AppSession {
   public:
     /// Every text empty, every number 0.

@@ -10,7 +10,8 @@
 /// The record of the user's consent.
 
 /// The consent that the service keeps for this device. A plain value that owns its texts, which are
-/// exactly as the service sent them.
+/// exactly as the service sent them. A copy assignment that runs out of memory (`std::bad_alloc`)
+/// leaves each text as it was or as it was to be.
 class ORVEL_ANALYTICS_EXPORT ConsentObject {
   public:
     /// The device's serial number, as the service reports it.
@@ -35,6 +36,7 @@ class ORVEL_ANALYTICS_EXPORT ConsentObject {
     /// Reads a consent record document, a JSON object; its further members are ignored.
     /// @throws Orvel::Analytics::hresult_error when the text is no JSON object or one of the nine
     ///     members is missing or of another type.
+    /// @throws std::bad_alloc
     [[nodiscard]] static ConsentObject FromJson(Orvel::WideString json);
 };
 

@@ -13,7 +13,8 @@
 namespace Orvel::Analytics::DataClass {
 
 /// One field of a data class. A plain value: it owns its texts, copies and moves member by member,
-/// and a moved-from record's texts are empty.
+/// and a moved-from record's texts are empty. A copy assignment that runs out of memory
+/// (`std::bad_alloc`) leaves each text as it was or as it was to be.
 class ORVEL_ANALYTICS_EXPORT DataClassFieldInfo {
   public:
     /// Every text empty; `auxValue` is left without a value.
@@ -40,7 +41,8 @@ class ORVEL_ANALYTICS_EXPORT DataClassFieldInfo {
 /// A data class: its name, identifier, version, point in time and fields. An application derives
 /// its own classes from it and owns their objects; the library borrows a pointer for the length of
 /// one call and never deletes one, which is why the destructor is not virtual: do not delete an
-/// object through a pointer to this class.
+/// object through a pointer to this class. A copy assignment that runs out of memory
+/// (`std::bad_alloc`) leaves each text as it was or as it was to be.
 class ORVEL_ANALYTICS_EXPORT BaseDataClass {
   public:
     /// Every text empty; `dateTime` is the current time.

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <stdexcept>
 #include <string>
 
 #include "orvel/analytics/export.h"
@@ -17,7 +18,8 @@
 
 namespace Orvel::Analytics {
 
-/// A failed operation with its status, an HRESULT of the platform documentation.
+/// A failed operation with its status, an HRESULT of the platform documentation. Copying one takes
+/// no memory.
 class ORVEL_ANALYTICS_EXPORT hresult_error : public std::exception {
   public:
     /// @param code the failing status; negative, as every failing HRESULT is.
@@ -30,7 +32,7 @@ class ORVEL_ANALYTICS_EXPORT hresult_error : public std::exception {
     /// The status that the failing operation gave.
     [[nodiscard]] std::int32_t code() const noexcept;
 
-    /// What failed, in words, and the status in hexadecimal.
+    /// What failed, in words, and the status in hexadecimal. @throws std::bad_alloc
     [[nodiscard]] WideString message() const;
 
     /// The text of `message` in UTF-8; owned by the error.
@@ -38,7 +40,8 @@ class ORVEL_ANALYTICS_EXPORT hresult_error : public std::exception {
 
   private:
     std::int32_t code_;
-    std::string message_;
+    // Unlike a string, it is copied without taking memory, as whoever catches an error copies it.
+    std::runtime_error message_;
 };
 
 /// Declares the error of one well-known status.

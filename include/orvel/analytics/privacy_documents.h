@@ -8,7 +8,8 @@
 /// Where the user finds the documents about privacy.
 
 /// The addresses of the privacy documents, exactly as the service names them: the library neither
-/// checks nor opens them. A plain value that owns its texts.
+/// checks nor opens them. A plain value that owns its texts. A copy assignment that runs out of
+/// memory (`std::bad_alloc`) leaves each text as it was or as it was to be.
 class ORVEL_ANALYTICS_EXPORT PrivacyDocuments {
   public:
     /// The address of the privacy statement.
@@ -22,7 +23,10 @@ class ORVEL_ANALYTICS_EXPORT PrivacyDocuments {
     /// "telemetryurl"; its further members are ignored.
     /// @return this record.
     /// @throws Orvel::Analytics::hresult_error when the text is no JSON object or lacks one of the
-    ///     three; what was read before the failure stays overwritten.
+    ///     three.
+    /// @throws std::bad_alloc
+    ///
+    /// What was read before a failure stays overwritten.
     PrivacyDocuments* FromJson(Orvel::WideString json);
 };
 

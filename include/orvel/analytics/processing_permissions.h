@@ -39,8 +39,11 @@ class ORVEL_ANALYTICS_EXPORT ProcessingPermissions {
     /// text other than exactly "Accepted" and "Rejected" is read as `Unknown`.
     /// @return this record.
     /// @throws Orvel::Analytics::hresult_error when the text is no JSON object or lacks one of the
-    ///     three strings. They are read in the order marketing, product enhancement, support, and
-    ///     what was read before the failure stays overwritten.
+    ///     three strings.
+    /// @throws std::bad_alloc
+    ///
+    /// They are read in the order marketing, product enhancement, support, and what was read before
+    /// a failure stays overwritten.
     ProcessingPermissions* FromJson(Orvel::WideString json);
 
   private:

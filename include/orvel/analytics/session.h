@@ -31,6 +31,10 @@ struct SessionAccess;
 ///
 /// Errors: an operation that talks to the service returns an `AnalyticsResult`. A reply that cannot
 /// be read is raised as `Orvel::Analytics::hresult_error`, exhausted memory as `std::bad_alloc`.
+///
+/// Exhausted memory: any operation that is not `noexcept` may raise it, except `SetStartTime` and
+/// `SetEndTime`. It then has leaked nothing, and session and arguments are as they were, unless the
+/// operation says what else may be. The session can be used as before.
 class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
   public:
     /// Starts a session. Does not talk to the service.
@@ -51,7 +55,7 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     AnalyticsSession(const AnalyticsSession& other);
     /// Takes over the identity and the queue; `other` can still collect events.
     AnalyticsSession(AnalyticsSession&& other) noexcept;
-    /// Replaces the identity and the queue by copies.
+    /// Replaces the identity and the queue by copies, both or, when memory runs out, neither.
     AnalyticsSession& operator=(const AnalyticsSession& other);
     /// Replaces the identity and the queue by those of `other`, whose queue is then empty. The
     /// target's own queued events are discarded. Moving a session onto itself changes nothing.
@@ -66,6 +70,8 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     /// @return `Success`; `ServiceUnavailable` or `AccessDenied` when the connection could not be
     ///     opened for that reason; otherwise `GenericError` or the service's own verdict.
     /// @throws Orvel::Analytics::hresult_error when the service's reply cannot be read.
+    /// @throws std::bad_alloc; the version may have been taken, and the service may have registered
+    ///     the data class.
     Orvel::Analytics::Emitters::AnalyticsResult RegisterDataClass(
         Orvel::Analytics::DataClass::BaseDataClass* dataClass);
 
@@ -77,9 +83,10 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     /// @return `Success` when the event is queued, otherwise the first rule that it breaks, and
     ///     nothing is queued: `EmptyEvent`, `MalformedJson`, `GenericError` (the value of an
     ///     integer field), `FieldValueTooLong`, `NullValueNotAllowed`.
-    /// @throws std::out_of_range when a varchar type's length is not within 32 bits;
-    /// std::bad_alloc,
-    ///     std::length_error. Nothing is queued then.
+    /// @throws std::out_of_range when a varchar type's length is not within 32 bits.
+    /// @throws std::bad_alloc, std::length_error
+    ///
+    /// Nothing is queued when anything is raised.
     Orvel::Analytics::Emitters::AnalyticsResult CollectEvent(
         Orvel::Analytics::DataClass::BaseDataClass* dataClass, Orvel::WideString event);
 
@@ -91,6 +98,9 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     ///     service's own verdict.
     /// @throws Orvel::Analytics::hresult_error when the service's reply cannot be read; the session
     ///     has been renewed all the same.
+    /// @throws std::bad_alloc either before anything was done, so that queue and session are as
+    ///     they were, or after the queue was emptied: the batch was sent or is lost then, and the
+    ///     session has been renewed. Whichever it was, sending again sends no event twice.
     Orvel::Analytics::Emitters::AnalyticsResult SendEvents();
 
     /// Reads the user's consent record. Blocks for as long as the service takes, at most the RPC
@@ -109,6 +119,7 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     /// @return `Success`, `GenericError` when the service could not be reached, otherwise the
     ///     service's own verdict, such as `UnableToSetConsentForManagedDevice`.
     /// @throws Orvel::Analytics::hresult_error when the service's reply cannot be read.
+    /// @throws std::bad_alloc; the service may have taken the permissions.
     Orvel::Analytics::Emitters::AnalyticsResult SetConsent(ProcessingPermissions permissions);
 
     /// Reads the addresses of the privacy documents. Blocks for as long as the service takes, at
@@ -116,8 +127,10 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     /// @param documents the record to fill; borrowed for the call, not null.
     /// @return `Success`, or a verdict that came with readable addresses.
     /// @throws Orvel::Analytics::hresult_error when the addresses cannot be read: so does every
-    ///     failure to reach the service, which leaves none to read. Addresses read before the
-    ///     failure stay in the record.
+    ///     failure to reach the service, which leaves none to read.
+    /// @throws std::bad_alloc
+    ///
+    /// Addresses read before a failure stay in the record.
     Orvel::Analytics::Emitters::AnalyticsResult GetDocumentURLs(PrivacyDocuments* documents);
 
     /// Sets the session's start.

@@ -36,11 +36,13 @@ using WideStringView = std::basic_string_view<WideChar>;
 /// Converts UTF-8 to UTF-16. Any thread; does not block.
 /// @param utf8 well-formed UTF-8 (RFC 3629); it may be empty and may hold U+0000.
 /// @throws std::invalid_argument naming the byte offset where the text is ill-formed.
+/// @throws std::bad_alloc, std::length_error
 [[nodiscard]] ORVEL_ANALYTICS_EXPORT WideString toWide(std::string_view utf8);
 
 /// Converts UTF-16 to UTF-8. Any thread; does not block.
 /// @param wide well-formed UTF-16 (RFC 2781); it may be empty and may hold U+0000.
 /// @throws std::invalid_argument naming the code unit offset of an unpaired surrogate.
+/// @throws std::bad_alloc, std::length_error
 [[nodiscard]] ORVEL_ANALYTICS_EXPORT std::string toUtf8(WideStringView wide);
 
 }  // namespace Orvel

@@ -125,6 +125,7 @@ class Server {
 
     /// Ends `run`, which it does not wait for; before `run`, makes it end at once. Any thread. A
     /// signal handler must not call it: that is what `stopOnSignals` is for.
+    /// @throws std::bad_alloc, and `run` goes on.
     void stop();
 
     /// Makes SIGTERM and SIGINT end `run`; to be called before `run`.
