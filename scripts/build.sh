@@ -5,6 +5,9 @@
 # headers").
 export CCACHE_SLOPPINESS=pch_defines,time_macros
 
+# The programs whose tests run on several threads, for ThreadSanitizer.
+threadedTests=(concurrency_tests relay-server-test)
+
 # buildPreset PRESET [TARGET...]
 buildPreset() {
     local preset=$1 launcher='' targets=()
@@ -20,9 +23,10 @@ buildPreset() {
     cmake --build --preset "$preset" "${targets[@]}" || fail "the build failed"
 }
 
+# testPreset PRESET [TARGET...]
 testPreset() {
     say "Building: $1"
-    buildPreset "$1"
+    buildPreset "$@"
     runPresetTests "$1"
 }
 
@@ -44,8 +48,9 @@ runTests() {
     for preset in release sanitize; do
         testPreset "$preset" || failed=1
     done
+    testPreset tsan "${threadedTests[@]}" || failed=1
     say "Summary"
-    for preset in release sanitize; do
+    for preset in release sanitize tsan; do
         printf '%s:\n' "$preset"
         faultLines "$preset"
         closingLines "$preset"

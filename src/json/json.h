@@ -100,6 +100,10 @@ class Array : public Value {
     friend class Document;
     friend class Object;
     using Value::Value;
+
+    // Where a backend that walks found the last element: the next one is mostly behind it.
+    [[maybe_unused]] mutable void* found_ = nullptr;
+    [[maybe_unused]] mutable std::uint32_t foundAt_ = 0;
 };
 
 /// The owner of the values of one document.

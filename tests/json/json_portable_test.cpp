@@ -43,6 +43,25 @@ TEST(PortableJson, RefusesMalformedNumbers) {
     }
 }
 
+TEST(PortableJson, ReadsAnArrayInOneWalk) {
+    // So many that a walk from the beginning for each of them would take hours.
+    constexpr std::uint32_t kElements = 1'000'000;
+    WideString text = ORVEL_TEXT("{\"a\":[");
+    for (std::uint32_t index = 1; index < kElements; ++index) {
+        text += ORVEL_TEXT("0,");
+    }
+    text += ORVEL_TEXT("1]}");
+    Document document;
+    const Array array = document.parseObject(text).getNamedArray(ORVEL_TEXT("a"));
+    ASSERT_EQ(array.size(), kElements);
+    std::size_t units = 0;
+    for (std::uint32_t index = 0; index < kElements; ++index) {
+        units += array.getAt(index).serialisedLength();
+    }
+    EXPECT_EQ(units, kElements);
+    EXPECT_EQ(array.getAt(kElements - 1).stringify(), ORVEL_TEXT("1"));
+}
+
 TEST(PortableJson, RefusesComments) {
     for (const WideStringView text :
          {ORVEL_TEXT("/**/{}"), ORVEL_TEXT("{}//"), ORVEL_TEXT("{\"a\"/**/:1}")}) {

@@ -188,6 +188,17 @@ TEST(JsonRead, GivesMembersOfTheirType) {
     EXPECT_EQ(raisedStatus([&] { static_cast<void>(array.getAt(2)); }), Status::kOutOfBounds);
 }
 
+TEST(JsonRead, GivesElementsInAnyOrder) {
+    Document document;
+    Array array =
+        document.parseObject(ORVEL_TEXT("{\"a\":[0,1,2,3]}")).getNamedArray(ORVEL_TEXT("a"));
+    for (const std::uint32_t index : {3U, 0U, 2U, 2U, 1U, 3U}) {
+        EXPECT_EQ(array.getAt(index).stringify(), Orvel::toWide(std::to_string(index)));
+    }
+    array.append(document.numberValue(4));
+    EXPECT_EQ(array.getAt(4).stringify(), ORVEL_TEXT("4"));
+}
+
 TEST(JsonView, TellsPresenceWithoutFailing) {
     Document document;
     const Object object = document.parseObject(ORVEL_TEXT("{\"a\":1,\"z\":null}"));

@@ -3,21 +3,23 @@
 
 #include <gtest/gtest.h>
 
-#include <iomanip>
+#include <cstdint>
 #include <iostream>
 #include <new>
 #include <string>
 
 #include "support/failing_memory.h"
+#include "support/fault_line.h"
 
 namespace Orvel::TestSupport {
 
 /// Prints a line of the table of faults. A fault that never happened, or was never noticed, is a
 /// failure.
 inline void printFault(const std::string& operation, int injected, int raised) {
-    std::cout << "fault: memory runs out, " << std::left << std::setw(60) << operation << std::right
-              << " injected " << std::setw(5) << injected << ", raised " << std::setw(5) << raised
-              << ", overcome " << std::setw(4) << injected - raised << std::endl;
+    std::cout << Support::faultLine("memory runs out, " + operation,
+                                    static_cast<std::uint64_t>(injected),
+                                    static_cast<std::uint64_t>(raised))
+              << " | overcome " << injected - raised << std::endl;
     EXPECT_GT(injected, 0) << "nothing failed";
     EXPECT_GT(raised, 0) << "no failure was noticed";
 }

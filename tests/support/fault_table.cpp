@@ -1,11 +1,11 @@
 #include "support/fault_table.h"
 
 #include <algorithm>
-#include <iomanip>
 #include <mutex>
-#include <sstream>
 #include <utility>
 #include <vector>
+
+#include "support/fault_line.h"
 
 namespace Orvel::Support {
 
@@ -36,17 +36,11 @@ Fault::~Fault() {
 
 std::string faultTable() {
     const std::scoped_lock lock(registry().mutex);
-    std::size_t longest = 0;
+    std::string table;
     for (const Fault* fault : registry().faults) {
-        longest = std::max(longest, fault->name().size());
+        table += faultLine(fault->name(), fault->injected(), fault->observed()) + '\n';
     }
-    std::ostringstream table;
-    for (const Fault* fault : registry().faults) {
-        table << "fault | " << std::left << std::setw(static_cast<int>(longest)) << fault->name()
-              << std::right << " | injected " << std::setw(7) << fault->injected() << " | observed "
-              << std::setw(7) << fault->observed() << '\n';
-    }
-    return table.str();
+    return table;
 }
 
 bool everyFaultCounted() {

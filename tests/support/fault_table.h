@@ -31,8 +31,7 @@ class Fault {
     std::atomic<std::uint64_t> observed_ = 0;
 };
 
-/// The program's faults, a line each, which begins with `fault | ` so that it is found among what
-/// else the program prints: `fault | NAME | injected N | observed N`.
+/// The program's faults, a line each.
 std::string faultTable();
 
 /// Whether every fault of the program was injected, and its effect observed, at least once.

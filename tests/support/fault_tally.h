@@ -3,11 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <iomanip>
+#include <cstdint>
 #include <iostream>
 #include <map>
 #include <string>
 #include <utility>
+
+#include "support/fault_line.h"
 
 namespace Orvel::Support {
 
@@ -36,17 +38,16 @@ class FaultTally {
     void report() const {
         EXPECT_FALSE(counts_.empty()) << suite_ << " has no faults";
         for (const auto& [fault, count] : counts_) {
-            EXPECT_GT(count.injected, 0) << fault << " was never injected";
-            std::cout << "fault: " << std::left << std::setw(72) << suite_ + ", " + fault
-                      << std::right << " injected " << std::setw(5) << count.injected
-                      << ", observed " << std::setw(5) << count.observed << std::endl;
+            EXPECT_GT(count.injected, 0U) << fault << " was never injected";
+            std::cout << faultLine(suite_ + ", " + fault, count.injected, count.observed)
+                      << std::endl;
         }
     }
 
   private:
     struct Count {
-        int injected = 0;
-        int observed = 0;
+        std::uint64_t injected = 0;
+        std::uint64_t observed = 0;
     };
 
     std::string suite_;

@@ -138,11 +138,14 @@ Value Array::getAt(std::uint32_t index) const {
     if (index >= size()) {
         raise(Status::kOutOfBounds, "The JSON array has no element at that index");
     }
-    Node* element = nodeOf(node_)->content.children.first;
-    for (; index > 0; --index) {
-        element = element->next;
+    if (found_ == nullptr || foundAt_ > index) {
+        found_ = nodeOf(node_)->content.children.first;
+        foundAt_ = 0;
     }
-    return {*document_, element};
+    for (; foundAt_ < index; ++foundAt_) {
+        found_ = nodeOf(found_)->next;
+    }
+    return {*document_, found_};
 }
 
 Document::Document() {
