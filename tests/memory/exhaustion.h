@@ -12,12 +12,12 @@
 
 namespace Orvel::TestSupport {
 
-/// Prints a line of the table of faults. A fault that never happened, or was never noticed, is a
-/// failure.
+/// Prints a line of the table of faults: how often memory ran out, and how often that was raised
+/// instead of overcome. A fault that never happened, or was never noticed, is a failure.
 inline void printFault(const std::string& operation, int injected, int raised) {
-    std::cout << "fault: memory runs out, " << std::left << std::setw(60) << operation << std::right
-              << " injected " << std::setw(5) << injected << ", raised " << std::setw(5) << raised
-              << ", overcome " << std::setw(4) << injected - raised << std::endl;
+    std::cout << "fault | memory runs out: " << std::left << std::setw(70) << operation
+              << std::right << " | injected " << std::setw(7) << injected << " | observed "
+              << std::setw(7) << raised << std::endl;
     EXPECT_GT(injected, 0) << "nothing failed";
     EXPECT_GT(raised, 0) << "no failure was noticed";
 }
