@@ -1,5 +1,6 @@
 #include "service/log.h"
 
+#include <new>
 #include <string>
 
 #include "service/json_text.h"
@@ -8,6 +9,14 @@ namespace Orvel::Service {
 
 void Log::write(std::string_view event, std::initializer_list<Detail> details) {
     const std::scoped_lock lock(mutex_);
+    try {
+        sink_(lineOf(event, details));
+    } catch (const std::bad_alloc&) {
+        // Whoever says what went wrong has mostly caught it, and has nowhere to go with this.
+    }
+}
+
+std::string Log::lineOf(std::string_view event, std::initializer_list<Detail> details) const {
     std::string line = R"({"time":)";
     appendJsonString(line, utcText(clock_()));
     line += R"(,"event":)";
@@ -19,7 +28,7 @@ void Log::write(std::string_view event, std::initializer_list<Detail> details) {
         appendJsonString(line, value);
     }
     line += "}\n";
-    sink_(line);
+    return line;
 }
 
 }  // namespace Orvel::Service

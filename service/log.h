@@ -4,6 +4,7 @@
 #include <functional>
 #include <initializer_list>
 #include <mutex>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -12,6 +13,8 @@
 namespace Orvel::Service {
 
 /// The service's account of its own life: one line of JSON an event, with its time and name first.
+/// A line that there is no memory for is left out.
+///
 /// Any thread.
 class Log {
   public:
@@ -24,6 +27,8 @@ class Log {
     void write(std::string_view event, std::initializer_list<Detail> details = {});
 
   private:
+    std::string lineOf(std::string_view event, std::initializer_list<Detail> details) const;
+
     std::mutex mutex_;
     Sink sink_;
     Clock clock_;

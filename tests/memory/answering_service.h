@@ -17,6 +17,9 @@ class AnsweringService {
     AnsweringService& operator=(const AnsweringService&) = delete;
     ~AnsweringService();
 
+    /// What stands between it and the sessions, in a word.
+    static const char* client();
+
     /// From now on the answer to every command but a handshake; with an empty text, the usual one.
     void answerWith(WideString reply);
 

@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(, CollectingWithoutMemory, testing::ValuesIn(kEvents),
 TEST_P(CollectingWithoutMemory, LeavesTheQueueAsItWas) {
     const Event& event = GetParam();
     const WideString text = toWide(event.text);
-    Exhaustion("CollectEvent, " + event.name)
+    exhaustion("CollectEvent, " + event.name)
         .run(
             sessionWith(2),
             [&](SessionScene& scene) {

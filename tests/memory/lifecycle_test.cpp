@@ -25,7 +25,7 @@ class MakingASessionWithoutMemory : public MemoryTest {
               const WideString& marker) {
         AnalyticsSession usual(kName, kVersion);
         const WideString device = SessionAccess::appSession(usual).deviceId;
-        Exhaustion("AnalyticsSession, " + name)
+        exhaustion("AnalyticsSession, " + name)
             .run([] { return std::make_unique<std::optional<AnalyticsSession>>(); }, make,
                  [&](std::optional<AnalyticsSession>& session, bool raised) {
                      EXPECT_EQ(session.has_value(), !raised);
@@ -73,7 +73,7 @@ class CopyingASessionWithoutMemory : public MemoryTest {
 };
 
 TEST_F(CopyingASessionWithoutMemory, MakesNoneOrACompleteOne) {
-    Exhaustion("AnalyticsSession, copied")
+    exhaustion("AnalyticsSession, copied")
         .run(
             twoSessions(), [](TwoSessions& two) { two.made.emplace(two.one.session); },
             [](TwoSessions& two, bool raised) {
@@ -89,7 +89,7 @@ TEST_F(CopyingASessionWithoutMemory, MakesNoneOrACompleteOne) {
 }
 
 TEST_F(CopyingASessionWithoutMemory, ReplacesAllOfASessionOrNothing) {
-    Exhaustion("AnalyticsSession, copied over another one")
+    exhaustion("AnalyticsSession, copied over another one")
         .run(
             twoSessions(), [](TwoSessions& two) { two.one.session = two.other.session; },
             [](TwoSessions& two, bool raised) {

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "memory/answering_service.h"
 #include "memory/exhaustion.h"
@@ -26,6 +27,11 @@ class MemoryTest : public testing::Test {
     }
 
     AnsweringService& service() { return *service_; }
+
+    /// Of an operation of a session.
+    static Exhaustion exhaustion(const std::string& operation) {
+        return Exhaustion(operation + " (" + AnsweringService::client() + ")");
+    }
 
     auto sessionWith(std::size_t queued) {
         return [this, queued] { return std::make_unique<SessionScene>(service(), queued); };

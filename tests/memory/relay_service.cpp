@@ -68,6 +68,8 @@ AnsweringService::AnsweringService() : impl_(std::make_unique<Impl>()) {}
 
 AnsweringService::~AnsweringService() = default;
 
+const char* AnsweringService::client() { return "relay"; }
+
 void AnsweringService::answerWith(WideString reply) {
     const std::lock_guard lock(impl_->book.mutex);
     impl_->book.answer = std::move(reply);

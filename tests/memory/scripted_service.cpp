@@ -23,6 +23,8 @@ AnsweringService::AnsweringService() : impl_(std::make_unique<Impl>()) {
 
 AnsweringService::~AnsweringService() = default;
 
+const char* AnsweringService::client() { return "scripted"; }
+
 void AnsweringService::answerWith(WideString reply) { impl_->answer = std::move(reply); }
 
 std::vector<WideString> AnsweringService::commands() const {

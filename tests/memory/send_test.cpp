@@ -30,7 +30,7 @@ class SendingWithoutMemory : public MemoryTest {
 
     void send(const std::string& name, std::size_t events, const WideString& reply = {},
               Result expected = Result::Success) {
-        Exhaustion("SendEvents, " + name)
+        exhaustion("SendEvents, " + name)
             .run(
                 [&] {
                     auto scene = std::make_unique<SessionScene>(service(), events);
@@ -59,7 +59,7 @@ TEST_F(SendingWithoutMemory, IsAllOrNothingWhenTheServiceRefuses) {
 }
 
 TEST_F(SendingWithoutMemory, IsAllOrNothingWhenTheReplyCannotBeRead) {
-    Exhaustion("SendEvents, with a reply that cannot be read")
+    exhaustion("SendEvents, with a reply that cannot be read")
         .run(
             [&] {
                 auto scene = std::make_unique<SessionScene>(service());

@@ -30,7 +30,7 @@ bool isOldOrNew(const WideString& text, const char* member) {
 }
 
 TEST_F(RegisteringWithoutMemory, LeavesTheQueueAsItWas) {
-    Exhaustion("RegisterDataClass")
+    exhaustion("RegisterDataClass")
         .run(
             sessionWith(2),
             [](SessionScene& scene) {
@@ -53,7 +53,7 @@ TEST_F(RegisteringWithoutMemory, LeavesTheQueueAsItWas) {
 }
 
 TEST_F(ConsentWithoutMemory, IsReadWholeOrNotAtAll) {
-    Exhaustion("GetConsent")
+    exhaustion("GetConsent")
         .run(
             [&] {
                 auto scene = std::make_unique<RecordsScene>(service());
@@ -82,7 +82,7 @@ TEST_F(ConsentWithoutMemory, IsReadWholeOrNotAtAll) {
 }
 
 TEST_F(ConsentWithoutMemory, IsSetAtMostOnce) {
-    Exhaustion("SetConsent")
+    exhaustion("SetConsent")
         .run(
             sessionWith(2),
             [](SessionScene& scene) {
@@ -104,7 +104,7 @@ TEST_F(ConsentWithoutMemory, IsSetAtMostOnce) {
 }
 
 TEST_F(ConsentWithoutMemory, LeavesEachAddressAsItWasOrAsItIsNow) {
-    Exhaustion("GetDocumentURLs")
+    exhaustion("GetDocumentURLs")
         .run(
             [&] {
                 auto scene = std::make_unique<RecordsScene>(service());

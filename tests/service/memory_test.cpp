@@ -247,6 +247,25 @@ TEST_F(ServiceWithoutMemory, OpensItsDataOrSaysWhyNot) {
     expectUsable();
 }
 
+TEST_F(ServiceWithoutMemory, LogsAWholeLineOrNone) {
+    std::string last;
+    last.reserve(1'000);
+    Log log([&last](std::string_view line) { last = line; }, [this] { return now_; });
+    int failed = 0;
+    int leftOut = 0;
+    for (long n = 0, failures = 1; failures > 0; ++n) {
+        last.clear();
+        Memory::failAfter(n, Memory::Shortage::kLasting);
+        EXPECT_NO_THROW(log.write("command_failed", {{"reason", "the reason, in some words"}}));
+        failures = Memory::relent();
+        EXPECT_TRUE(last.ends_with("the reason, in some words\"}\n") ||
+                    (failures > 0 && last.empty()));
+        failed += failures > 0 ? 1 : 0;
+        leftOut += last.empty() ? 1 : 0;
+    }
+    printFault("the service's log", failed, leftOut);
+}
+
 TEST_F(ServiceWithoutMemory, GivesTheAddressesOrNone) {
     settings_.privacyAddresses.privacy = "https://example.com/privacy";
     run("get-privacy-documents command",

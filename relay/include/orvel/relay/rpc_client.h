@@ -11,7 +11,8 @@
 /// The RPC client: the only way to the analytics service of this machine.
 ///
 /// Results are system error codes: `Orvel::Relay::Status` names those that this library gives. No
-/// operation throws for a failing server; only exhausted memory is raised, as `std::bad_alloc`.
+/// operation throws for a failing server; only exhausted memory is raised, as `std::bad_alloc`,
+/// with no connection open any more.
 
 namespace Orvel::Relay {
 
