@@ -19,13 +19,19 @@ using namespace Relay;
 using Client::Outcome;
 using Client::TimePoint;
 
+/// How a server receives and sends.
+struct Manner {
+    /// How many bytes arrive at a time.
+    std::vector<std::size_t> sizes;
+    bool isSlow = false;
+};
+
 /// A server that has said all it will ever say, to a client whose time passes while it waits.
 class RecordedServer final : public Client::Transport {
   public:
-    /// @param sizes how many bytes arrive at a time.
     /// @param time outlives the transport.
-    RecordedServer(std::string_view bytes, std::vector<std::size_t> sizes, TimePoint& time)
-        : bytes_(bytes), sizes_(std::move(sizes)), time_(time) {}
+    RecordedServer(std::string_view bytes, Manner manner, TimePoint& time)
+        : bytes_(bytes), manner_(std::move(manner)), time_(time) {}
 
     TimePoint now() override { return time_; }
     std::int32_t connect(TimePoint) override {
@@ -40,12 +46,17 @@ class RecordedServer final : public Client::Transport {
         for (const auto piece : pieces) {
             sent += piece.size();
         }
+        if (manner_.isSlow) {
+            waits_ = !waits_;
+            return waits_ ? Client::Transfer{Outcome::kNothingYet, 0}
+                          : Client::Transfer{Outcome::kMoved, 1};
+        }
         return {Outcome::kMoved, sent};
     }
 
     Client::Transfer receive(std::span<std::byte> room) override {
         require(!room.empty(), "the client has room for what it receives");
-        const std::size_t wanted = sizes_[turn_++ % sizes_.size()];
+        const std::size_t wanted = manner_.sizes[turn_++ % manner_.sizes.size()];
         const std::size_t count = std::min({room.size(), bytes_.size(), wanted});
         if (count == 0) {
             return {Outcome::kLost, 0};
@@ -55,19 +66,20 @@ class RecordedServer final : public Client::Transport {
         return {Outcome::kMoved, count};
     }
 
-    Client::Readiness wait(bool, TimePoint until) override {
+    Client::Readiness wait(bool sending, TimePoint until) override {
+        const Client::Readiness ready{!bytes_.empty(), sending};
         // A server that falls silent costs the client the time that it waits at most.
-        if (bytes_.empty()) {
+        if (!ready.toReceive && !ready.toSend) {
             time_ = std::max(time_, until);
-            return {};
         }
-        return {true, false};
+        return ready;
     }
 
   private:
     std::string_view bytes_;
-    std::vector<std::size_t> sizes_;
+    Manner manner_;
     std::size_t turn_ = 0;
+    bool waits_ = false;
     TimePoint& time_;
     bool connected_ = false;
 };
@@ -82,11 +94,11 @@ struct Outcomes {
 };
 
 /// A greeting and three commands.
-Outcomes converse(std::string_view bytes, std::vector<std::size_t> sizes) {
+Outcomes converse(std::string_view bytes, Manner manner) {
     const AllocationBound bound(300'000, 100, bytes.size());
     TimePoint time{std::chrono::hours{1000}};
     const TimePoint begin = time;
-    Client::EndpointClient client(std::make_unique<RecordedServer>(bytes, std::move(sizes), time));
+    Client::EndpointClient client(std::make_unique<RecordedServer>(bytes, std::move(manner), time));
     Outcomes outcomes;
     outcomes.statuses.push_back(client.OpenConnection(u"argument"));
     for (int command = 0; command < 3; ++command) {
@@ -182,11 +194,21 @@ class Model {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace Orvel::Fuzz;
     Input input(data, size);
-    auto sizes = readSizes(input);
+    std::string_view line = input.line();
+    constexpr std::string_view kSlow = "slow ";
+    const bool isSlow = line.starts_with(kSlow);
+    line.remove_prefix(isSlow ? kSlow.size() : 0);
+    const auto sizes = readSizes(line);
     const std::string_view bytes = input.rest();
-    const Outcomes whole = converse(bytes, {bytes.size() + 1});
-    require(whole == Model(bytes).converse(), "the conversation goes as the protocol says");
-    require(converse(bytes, std::move(sizes)) == whole,
-            "it does not matter how many bytes arrive at a time");
+    if (isSlow) {
+        // What is out of turn depends on how far the client is, so that only what holds for any
+        // conversation is checked.
+        converse(bytes, {sizes, isSlow});
+    } else {
+        const Outcomes whole = converse(bytes, {{bytes.size() + 1}});
+        require(whole == Model(bytes).converse(), "the conversation goes as the protocol says");
+        require(converse(bytes, {sizes}) == whole,
+                "it does not matter how many bytes arrive at a time");
+    }
     return 0;
 }

@@ -157,7 +157,7 @@ std::string expectedOf(std::string_view bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace Orvel::Fuzz;
     Input input(data, size);
-    const auto sizes = readSizes(input);
+    const auto sizes = readSizes(input.line());
     const std::string_view bytes = input.rest();
     require(converse(bytes, sizes) == expectedOf(bytes),
             "the server answers as the protocol says, however many bytes arrive at a time");

@@ -70,8 +70,15 @@ EventRules::Rule EventRules::ruleOf(const Field& field) {
     return rule;
 }
 
+std::uint64_t EventRules::lengthOf(Member& member) {
+    if (!member.length) {
+        member.length = member.value.compactLength();
+    }
+    return *member.length;
+}
+
 void EventRules::readValues(JsonValue values) {
-    values_.assign(names_.size(), JsonValue());
+    members_.assign(names_.size(), Member());
     // Members mostly come in the order of the fields, which saves looking for them.
     std::size_t expected = 0;
     values.forEachMember([this, &expected](std::string_view name, JsonValue value) {
@@ -82,7 +89,7 @@ void EventRules::readValues(JsonValue values) {
             }
             expected = slot->second;
         }
-        values_[expected++] = value;
+        members_[expected++].value = value;
     });
 }
 
@@ -91,7 +98,8 @@ std::optional<std::string_view> EventRules::brokenField(JsonValue values) {
     // A varchar type without digits is measured by the last limit that a field before it has set.
     std::uint64_t limit = kUnlimited;
     for (const Rule& rule : rules_) {
-        const JsonValue value = values_[rule.slot];
+        Member& member = members_[rule.slot];
+        const JsonValue value = member.value;
         if (rule.required && (!value || value.isNull())) {
             return names_[rule.slot];
         }
@@ -104,7 +112,7 @@ std::optional<std::string_view> EventRules::brokenField(JsonValue values) {
         if (rule.kind == Kind::kVarchar) {
             limit = rule.limit.value_or(limit);
             // The first and the last character, a string's quotes, are not counted.
-            if (value.compactLength() > limit + 2) {
+            if (lengthOf(member) > limit + 2) {
                 return names_[rule.slot];
             }
         }

@@ -33,8 +33,8 @@ class EventRules {
     std::optional<std::string_view> brokenField(JsonValue values);
 
     /// The members "DT" and "V" of the event that was judged last; no value where there is none.
-    JsonValue time() const { return values_[time_]; }
-    JsonValue version() const { return values_[version_]; }
+    JsonValue time() const { return members_[time_].value; }
+    JsonValue version() const { return members_[version_].value; }
 
   private:
     enum class Kind { kAny, kInteger, kVarchar };
@@ -48,6 +48,14 @@ class EventRules {
         std::size_t slot = 0;
     };
 
+    /// A member of the event at hand.
+    struct Member {
+        JsonValue value;
+        /// Measured once, however many fields are held to it.
+        std::optional<std::uint64_t> length;
+    };
+
+    static std::uint64_t lengthOf(Member& member);
     static Rule ruleOf(const Field& field);
     std::size_t slotOf(const std::string& name);
     void readValues(JsonValue values);
@@ -58,7 +66,7 @@ class EventRules {
     std::vector<Rule> rules_;
     std::size_t time_ = 0;
     std::size_t version_ = 0;
-    std::vector<JsonValue> values_;
+    std::vector<Member> members_;
 };
 
 }  // namespace Orvel::Service

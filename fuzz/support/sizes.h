@@ -11,9 +11,9 @@ namespace Orvel::Fuzz {
 
 /// A line of numbers: how many bytes arrive at a time, again and again. At least one number, each
 /// at least 1.
-inline std::vector<std::size_t> readSizes(Input& input) {
+inline std::vector<std::size_t> readSizes(std::string_view line) {
     std::vector<std::size_t> sizes;
-    for (Input numbers(input.line()); !numbers.empty();) {
+    for (Input numbers(line); !numbers.empty();) {
         const std::string_view digits = numbers.until(' ');
         std::uint16_t size = 0;
         std::from_chars(digits.data(), digits.data() + digits.size(), size);

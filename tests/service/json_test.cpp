@@ -159,5 +159,19 @@ TEST(JsonTest, PathNamesWhatIsNoPlainNameInQuotes) {
     EXPECT_EQ(path, "$.Evt_1['1st']['']['a\\'b\"\\\\\\n\u4E2D']");
 }
 
+TEST(JsonTest, PathHasTheBeginningOfALongName) {
+    const auto pathOf = [](const std::string& name) {
+        std::string path;
+        appendPathMember(path, name);
+        return path;
+    };
+    EXPECT_EQ(pathOf(std::string(256, 'a')), "." + std::string(256, 'a'));
+    EXPECT_EQ(pathOf(std::string(257, 'a')), "['" + std::string(256, 'a') + "\u2026']");
+    EXPECT_EQ(pathOf(std::string(255, 'a') + "\u4E2D"), "['" + std::string(255, 'a') + "\u2026']");
+    EXPECT_EQ(pathOf(std::string(253, 'a') + "\u4E2D\u4E2D"),
+              "['" + std::string(253, 'a') + "\u4E2D\u2026']");
+    EXPECT_LT(pathOf(std::string(10'000'000, '\'')).size(), 600U);
+}
+
 }  // namespace
 }  // namespace Orvel::Service
