@@ -49,7 +49,7 @@ requireToolchain() {
 }
 
 makeToolchain() {
-    local target maker makers=() failed=0
+    local target
     cd "$toolchainWork"
     fetchToolchainSources
     for target in "${windowsTargets[@]}"; do
@@ -57,27 +57,16 @@ makeToolchain() {
     done
     PATH=$ORVEL_WINDOWS_TOOLCHAIN/bin:$PATH
     makeWindowsHeaders
-    # Side by side, because much of it is configured by scripts that use one processor.
     for target in "${windowsTargets[@]}"; do
-        makeForTarget "$target" &
-        makers+=("$!")
+        printf '%s: C runtime, ' "$target"
+        makeWindowsLibraries "$target"
+        printf 'compiler runtime, '
+        makeCompilerRuntime "$target"
+        printf 'C++ runtime, '
+        makeCxxRuntime "$target"
+        printf 'libraries of tests and tool\n'
+        makeTargetLibraries "$target"
     done
-    for maker in "${makers[@]}"; do
-        wait "$maker" || failed=1
-    done
-    return "$failed"
-}
-
-makeForTarget() {
-    local target=$1
-    printf '%s: C runtime\n' "$target"
-    makeWindowsLibraries "$target"
-    printf '%s: compiler runtime\n' "$target"
-    makeCompilerRuntime "$target"
-    printf '%s: C++ runtime\n' "$target"
-    makeCxxRuntime "$target"
-    printf '%s: libraries of tests and tool\n' "$target"
-    makeTargetLibraries "$target"
 }
 
 fetchToolchainSources() {
