@@ -20,9 +20,9 @@ namespace {
 [[noreturn]] void raiseFailedReading(int error) {
     constexpr std::uint32_t kTooManyOpenFiles = 0x80070004;
     constexpr std::uint32_t kReadFault = 0x8007001E;
-    Json::raise(error == ENOMEM                       ? Json::Status::kOutOfMemory
+    Json::raise(error == ENOMEM                      ? Json::Status::kOutOfMemory
                 : error == EMFILE || error == ENFILE ? kTooManyOpenFiles
-                                                      : kReadFault,
+                                                     : kReadFault,
                 "The system's name and version cannot be read");
 }
 

@@ -77,7 +77,8 @@ AnalyticsSession::AnalyticsSession(AnalyticsSession&& other) noexcept
 }
 
 AnalyticsSession& AnalyticsSession::operator=(const AnalyticsSession& other) {
-    // Copied first: a session that reports one application's events as another's is worse than none.
+    // Copied first: a session that reports one application's events as another's is worse than
+    // none.
     return *this = AnalyticsSession(other);
 }
 
@@ -194,9 +195,7 @@ void AnalyticsSession::InitAppSession(WideString appName, WideString appVersion,
     SetAppSessionInitiated(std::move(appSessionInitiated));
 }
 
-void AnalyticsSession::RefreshSession() {
-    Renewal(userIdSupplied).apply(appSession, endTime);
-}
+void AnalyticsSession::RefreshSession() { Renewal(userIdSupplied).apply(appSession, endTime); }
 
 void AnalyticsSession::SetAppSessionInitiated(WideString appSessionInitiated) {
     appSession.appSessionInitiated = std::move(appSessionInitiated);
