@@ -28,8 +28,9 @@ ExitStatus answer(const CLI::App& app, const CLI::ParseError& outcome, Console& 
     }
     const auto unknown = command->remaining();
     if (command->get_require_subcommand_min() > 0 && !unknown.empty()) {
+        const std::string kind = unknown.front().starts_with('-') ? "option" : "command";
         throw Failure(ExitStatus::Usage,
-                      "there is no command \"" + unknown.front() + "\"; see --help");
+                      "there is no " + kind + " \"" + unknown.front() + "\"; see --help");
     }
     const int code = app.exit(outcome, console.out, console.err);
     flushOutput(console);

@@ -8,7 +8,19 @@ include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OrvelAnalytics)
 
-install(TARGETS orvel-analytics orvel-rpc-client EXPORT OrvelAnalyticsTargets)
+# orvel_install_library(TARGET COMPONENT) installs a library: what a program needs to run in the
+# component, and what it takes to link against it with the development files.
+function(orvel_install_library target component)
+  install(
+    TARGETS ${target}
+    EXPORT OrvelAnalyticsTargets
+    RUNTIME COMPONENT ${component}
+    LIBRARY COMPONENT ${component} NAMELINK_COMPONENT development
+    ARCHIVE COMPONENT development)
+endfunction()
+
+orvel_install_library(orvel-analytics library)
+orvel_install_library(orvel-rpc-client rpc_client)
 if(WIN32)
   install(TARGETS orvel-chosen-rpc-client EXPORT OrvelAnalyticsTargets)
 endif()
@@ -29,3 +41,26 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/OrvelAnalyticsConfigVersi
                                  COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/OrvelAnalyticsConfig.cmake
               ${PROJECT_BINARY_DIR}/OrvelAnalyticsConfigVersion.cmake DESTINATION ${package_dir})
+
+# orvel_install_pkgconfig(NAME DESCRIPTION [STATIC_FLAG REQUIRED...]) installs what pkg-config knows
+# of a library. The static one has a definition of its own, and leaves what it needs to the program.
+function(orvel_install_pkgconfig name description)
+  set(flags)
+  set(required)
+  if(NOT BUILD_SHARED_LIBS)
+    list(POP_FRONT ARGN flags)
+    list(JOIN ARGN " " required)
+  endif()
+  cmake_path(SET here /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  cmake_path(RELATIVE_PATH here BASE_DIRECTORY /prefix OUTPUT_VARIABLE folders)
+  string(REGEX REPLACE "[^/]+" ".." prefix_from_here ${folders})
+  configure_file(cmake/library.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()
+
+if(NOT WIN32)
+  orvel_install_pkgconfig(orvel-analytics "${PROJECT_DESCRIPTION}" -DORVEL_ANALYTICS_STATIC yyjson)
+  orvel_install_pkgconfig(
+    orvel-rpc-client "RPC client library, through which applications reach the analytics service"
+    -DORVEL_RELAY_STATIC)
+endif()

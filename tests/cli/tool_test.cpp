@@ -90,6 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         WrongUsage{"NoCommand", {}, "subcommand is required"},
         WrongUsage{"UnknownCommand", {"frobnicate"}, "there is no command \"frobnicate\""},
+        WrongUsage{"UnknownOptionInPlaceOfACommand", {"--fast"}, "there is no option \"--fast\""},
         WrongUsage{"NoApplication",
                    {"report", "--app-version", "1", "--data-class", "x"},
                    "--app is required"},

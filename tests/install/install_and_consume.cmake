@@ -44,3 +44,17 @@ run(${CMAKE_COMMAND} -E env ORVEL_RPC_DIRECTORY=${WORK_DIR} ${WORK_DIR}/build/co
 if(NOT out STREQUAL "22 0 1\nApp name cannot be null or empty\n")
   message(FATAL_ERROR "The consumer printed:\n${out}")
 endif()
+
+# Once more with what pkg-config says.
+file(GLOB_RECURSE pc ${prefix}/*/orvel-analytics.pc)
+get_filename_component(pc_folder ${pc} DIRECTORY)
+run(${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${pc_folder} pkg-config --cflags --libs orvel-analytics
+    orvel-rpc-client)
+separate_arguments(flags UNIX_COMMAND "${out}")
+get_filename_component(libraries ${pc_folder} DIRECTORY)
+run(${CXX_COMPILER} -std=c++20 ${CONSUMER_DIR}/main.cpp ${flags} -Wl,-rpath,${libraries} -o
+    ${WORK_DIR}/pkgconfig_consumer)
+run(${CMAKE_COMMAND} -E env ORVEL_RPC_DIRECTORY=${WORK_DIR} ${WORK_DIR}/pkgconfig_consumer)
+if(NOT out STREQUAL "22 0 1\nApp name cannot be null or empty\n")
+  message(FATAL_ERROR "The consumer that pkg-config's flags built printed:\n${out}")
+endif()

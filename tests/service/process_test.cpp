@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <signal.h>
+#include <unistd.h>
 
 #include <sstream>
 #include <string>
@@ -215,12 +216,37 @@ TEST_F(ProcessTest, WrongUsageIsToldFromFailure) {
     EXPECT_THAT(missing.error, HasSubstr("there is no data in"));
 }
 
+TEST_F(ProcessTest, AnUnknownCommandOrOptionIsNamed) {
+    const auto command = Support::runProgram(ORVEL_ANALYTICSD, {"bogus\x1b[2J"});
+    EXPECT_EQ(command.status, 2);
+    EXPECT_EQ(command.out, "");
+    EXPECT_EQ(command.error,
+              "orvel-analyticsd: there is no command \"bogus\\u001b[2J\"; see --help\n");
+    const auto option = Support::runProgram(ORVEL_ANALYTICSD, {"--bogus"});
+    EXPECT_EQ(option.status, 2);
+    EXPECT_EQ(option.error, "orvel-analyticsd: there is no option \"--bogus\"; see --help\n");
+}
+
 TEST_F(ProcessTest, HelpBeginsWithAnExample) {
     const auto help = Support::runProgram(ORVEL_ANALYTICSD, {"--help"});
     EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.out, testing::StartsWith("Example:\n  orvel-analyticsd serve "));
     EXPECT_LT(help.out.find("Example:"), help.out.find("Usage:"));
     EXPECT_THAT(Support::runProgram(ORVEL_ANALYTICSD, {"--version"}).out,
                 testing::StartsWith("orvel-analyticsd "));
+    for (const char* command : {"serve", "events", "classes", "consent", "status"}) {
+        EXPECT_THAT(help.out, testing::ContainsRegex(std::string("\n  ") + command + "  +[A-Z]"));
+        const auto own = Support::runProgram(ORVEL_ANALYTICSD, {command, "--help"});
+        EXPECT_THAT(own.out,
+                    testing::StartsWith(std::string("Example:\n  orvel-analyticsd ") + command));
+    }
+}
+
+TEST_F(ProcessTest, HelpShowsTheDataFolderThatIsUsed) {
+    const auto help = Support::runProgram(ORVEL_ANALYTICSD, {"events", "--help"},
+                                          {"XDG_STATE_HOME=/a/state/of/my/own"});
+    EXPECT_THAT(help.out, HasSubstr(::geteuid() == 0 ? "/var/lib/orvel-analytics"
+                                                     : "/a/state/of/my/own/orvel-analytics"));
 }
 
 TEST_F(ProcessTest, DataFolderThatCannotBeMadeIsAFailure) {
