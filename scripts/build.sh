@@ -74,7 +74,8 @@ lintCode() {
     say "clang-format"
     codeFiles | xargs clang-format --dry-run -Werror || failed=1
     say "shellcheck"
-    shellcheck --external-sources dev .ci/run scripts/windows/{run_program,enter_arm64}.sh || failed=1
+    shellcheck --external-sources dev .ci/run scripts/windows/{run_program,enter_arm64}.sh \
+        scripts/pages/steps.sh tests/docs/*.sh || failed=1
     say "clang-tidy"
     buildPreset release
     jq -r '.[].file' build/release/compile_commands.json | sort -u |

@@ -2,7 +2,7 @@
 # Installs the packages of the system that a command needs. Sourced by dev.
 
 buildPackages=(
-    build-essential ccache cmake jq libasio-dev libbenchmark-dev libcli11-dev libfmt-dev
+    build-essential ccache cmake doxygen jq libasio-dev libbenchmark-dev libcli11-dev libfmt-dev
     libgmock-dev libgtest-dev libsqlite3-dev libtomlplusplus-dev libyyjson-dev ninja-build
     nlohmann-json3-dev pkg-config zlib1g-dev
 )
