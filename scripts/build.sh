@@ -77,7 +77,8 @@ lintCode() {
     codeFiles | xargs clang-format --dry-run -Werror || failed=1
     say "shellcheck"
     shellcheck --external-sources dev .ci/run scripts/windows/{run_program,enter_arm64}.sh \
-        tests/packaging/{,abi/}*.sh packaging/completion/orvel.bash packaging/debian/service/p* || failed=1
+        tests/packaging/{,abi/}*.sh packaging/completion/orvel.bash packaging/debian/service/p* \
+        scripts/pages/steps.sh tests/docs/*.sh || failed=1
     say "clang-tidy"
     buildPreset release
     jq -r '.[].file' build/release/compile_commands.json | sort -u |

@@ -2,8 +2,9 @@
 # Installs the packages of the system that a command needs. Sourced by dev.
 
 buildPackages=(
-    build-essential ccache cmake groff-base jq libasio-dev libbenchmark-dev libcli11-dev libfmt-dev
-    libgmock-dev libgtest-dev libsqlite3-dev libtomlplusplus-dev libyyjson-dev mandoc ninja-build
+    build-essential ccache cmake doxygen groff-base jq libasio-dev libbenchmark-dev libcli11-dev
+    libfmt-dev libgmock-dev libgtest-dev libsqlite3-dev libtomlplusplus-dev libyyjson-dev mandoc
+    ninja-build
     nlohmann-json3-dev pkg-config zlib1g-dev
 )
 clangPackages=(clang libclang-rt-dev)

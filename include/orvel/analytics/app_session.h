@@ -12,16 +12,21 @@
 namespace Orvel::Analytics::Session {
 
 /// The identity under which an application reports. A plain value: it owns its texts, copies and
-/// moves member by member, and a moved-from record's texts are empty. A copy assignment that runs
-/// out of memory (`std::bad_alloc`) leaves each text as it was or as it was to be.
+/// moves member by member. Different records may be used on different threads.
 class ORVEL_ANALYTICS_EXPORT AppSession {
   public:
     /// Every text empty, every number 0.
     AppSession();
+    /// Copies every member. @throws std::bad_alloc
     AppSession(const AppSession& other);
+    /// Takes the texts of `other` over, which are empty then, and copies the numbers.
     AppSession(AppSession&& other) noexcept;
+    /// Copies every member. @throws std::bad_alloc Each text is then as it was or
+    /// as it was to be.
     AppSession& operator=(const AppSession& other);
+    /// As moving into a new record; onto itself it changes nothing.
     AppSession& operator=(AppSession&& other) noexcept;
+    /// Releases the texts.
     ~AppSession();
 
     /// The application's name.

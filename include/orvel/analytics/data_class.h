@@ -12,17 +12,21 @@
 
 namespace Orvel::Analytics::DataClass {
 
-/// One field of a data class. A plain value: it owns its texts, copies and moves member by member,
-/// and a moved-from record's texts are empty. A copy assignment that runs out of memory
-/// (`std::bad_alloc`) leaves each text as it was or as it was to be.
+/// One field of a data class. A plain value: it owns its texts, copies and moves member by member.
 class ORVEL_ANALYTICS_EXPORT DataClassFieldInfo {
   public:
     /// Every text empty; `auxValue` is left without a value.
     DataClassFieldInfo();
+    /// Copies every member. @throws std::bad_alloc
     DataClassFieldInfo(const DataClassFieldInfo& other);
+    /// Takes the texts of `other` over, which are empty then, and copies `auxValue`.
     DataClassFieldInfo(DataClassFieldInfo&& other) noexcept;
+    /// Copies every member. @throws std::bad_alloc Each text is then as it was or
+    /// as it was to be.
     DataClassFieldInfo& operator=(const DataClassFieldInfo& other);
+    /// As moving into a new record; onto itself it changes nothing.
     DataClassFieldInfo& operator=(DataClassFieldInfo&& other) noexcept;
+    /// Releases the texts.
     ~DataClassFieldInfo();
 
     /// The field's name, for people.
@@ -41,16 +45,22 @@ class ORVEL_ANALYTICS_EXPORT DataClassFieldInfo {
 /// A data class: its name, identifier, version, point in time and fields. An application derives
 /// its own classes from it and owns their objects; the library borrows a pointer for the length of
 /// one call and never deletes one, which is why the destructor is not virtual: do not delete an
-/// object through a pointer to this class. A copy assignment that runs out of memory
-/// (`std::bad_alloc`) leaves each text as it was or as it was to be.
+/// object through a pointer to this class. The library only reads an object: several threads may use
+/// one as long as nobody changes it.
 class ORVEL_ANALYTICS_EXPORT BaseDataClass {
   public:
     /// Every text empty; `dateTime` is the current time.
     BaseDataClass();
+    /// Copies every member. @throws std::bad_alloc
     BaseDataClass(const BaseDataClass& other);
+    /// Takes the texts of `other` over, which are empty then, and copies `dateTime`.
     BaseDataClass(BaseDataClass&& other) noexcept;
+    /// Copies every member. @throws std::bad_alloc Each text is then as it was or
+    /// as it was to be.
     BaseDataClass& operator=(const BaseDataClass& other);
+    /// As moving into a new object; onto itself it changes nothing.
     BaseDataClass& operator=(BaseDataClass&& other) noexcept;
+    /// Releases the texts. Not virtual: see above.
     ~BaseDataClass();
 
     /// Never called by the library.

@@ -2,7 +2,11 @@
 #define ORVEL_ANALYTICS_EXPORT_H
 
 /// @file
-/// `ORVEL_ANALYTICS_EXPORT` marks what `liborvel-analytics` exports; everything else is hidden.
+/// What the library exports.
+
+/// @def ORVEL_ANALYTICS_EXPORT
+/// Marks what `liborvel-analytics` exports; everything else is hidden. For the library's own
+/// headers.
 ///
 /// An application that links the static library defines `ORVEL_ANALYTICS_STATIC`; the CMake target
 /// `Orvel::Analytics` does so by itself.

@@ -24,9 +24,13 @@ class ORVEL_ANALYTICS_EXPORT hresult_error : public std::exception {
   public:
     /// @param code the failing status; negative, as every failing HRESULT is.
     /// @param message what failed, in words for a person.
+    /// @throws std::bad_alloc
     hresult_error(std::int32_t code, const std::string& message);
+    /// Shares the message with the other error; takes no memory.
     hresult_error(const hresult_error&) = default;
+    /// Shares the message with the other error; takes no memory.
     hresult_error& operator=(const hresult_error&) = default;
+    /// Releases the message.
     ~hresult_error() override;
 
     /// The status that the failing operation gave.
@@ -46,16 +50,19 @@ class ORVEL_ANALYTICS_EXPORT hresult_error : public std::exception {
 
 /// Declares the error of one well-known status.
 // NOLINTBEGIN(bugprone-macro-parentheses): a class's name cannot stand in parentheses.
-#define ORVEL_DECLARE_HRESULT_ERROR(name, status)                 \
-    class ORVEL_ANALYTICS_EXPORT name : public hresult_error {    \
-      public:                                                     \
-        /** The status of every error of this class. */           \
-        static constexpr std::uint32_t kStatus = (status);        \
-        /** @param message what failed, in words for a person. */ \
-        explicit name(const std::string& message);                \
-        name(const name&) = default;                              \
-        name& operator=(const name&) = default;                   \
-        ~name() override;                                         \
+#define ORVEL_DECLARE_HRESULT_ERROR(name, status)                        \
+    class ORVEL_ANALYTICS_EXPORT name : public hresult_error {           \
+      public:                                                            \
+        /** The status of every error of this class. */                  \
+        static constexpr std::uint32_t kStatus = (status);               \
+        /** @param message what failed, in words for a person. */        \
+        explicit name(const std::string& message);                       \
+        /** Shares the message with the other error; takes no memory. */ \
+        name(const name&) = default;                                     \
+        /** Shares the message with the other error; takes no memory. */ \
+        name& operator=(const name&) = default;                          \
+        /** Releases the message. */                                     \
+        ~name() override;                                                \
     }
 
 /// Access denied (E_ACCESSDENIED).

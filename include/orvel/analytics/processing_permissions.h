@@ -32,7 +32,8 @@ class ORVEL_ANALYTICS_EXPORT ProcessingPermissions {
     /// The permissions document: a JSON object with the members "marketing", "support" and
     /// "product_enhancement", each "Accepted", "Rejected" or "Unknown". A value outside the
     /// enumeration is written as "Unknown".
-    /// @throws Orvel::Analytics::hresult_error, std::bad_alloc
+    /// @throws Orvel::Analytics::hresult_error when the platform's JSON classes fail.
+    /// @throws std::bad_alloc
     [[nodiscard]] Orvel::WideString ToJson() const;
 
     /// Overwrites the permissions from a permissions document; its further members are ignored. A

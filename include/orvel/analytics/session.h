@@ -44,10 +44,15 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     ///     `{0f8fad5b-d9cb-469f-a165-70867728950e}`, kept as given; when it is empty, a new one is
     ///     generated for each session.
     /// @param appSessionInitiated how the application session was initiated; kept, never sent.
-    /// @throws const char* "App name cannot be null or empty", "App version cannot be null or
-    ///     empty" or "UserID must be a GUID": the text itself, which the library owns.
-    /// @throws Orvel::Analytics::hresult_error, std::invalid_argument or std::out_of_range when the
-    ///     platform does not tell its name and version.
+    /// @throws Orvel::Analytics::hresult_error when the platform does not tell its name and
+    ///     version.
+    /// @throws std::invalid_argument when the version that the platform tells is no number.
+    /// @throws std::out_of_range when the version that the platform tells has more than 64 bits.
+    /// @throws std::bad_alloc
+    ///
+    /// An argument that is refused is raised as a `const char*`, a text that the library owns: "App
+    /// name cannot be null or empty", "App version cannot be null or empty" or "UserID must be a
+    /// GUID".
     AnalyticsSession(Orvel::WideString appName, Orvel::WideString appVersion,
                      Orvel::WideString userId = {}, Orvel::WideString appSessionInitiated = {});
 
@@ -70,7 +75,7 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     /// @return `Success`; `ServiceUnavailable` or `AccessDenied` when the connection could not be
     ///     opened for that reason; otherwise `GenericError` or the service's own verdict.
     /// @throws Orvel::Analytics::hresult_error when the service's reply cannot be read.
-    /// @throws std::bad_alloc; the version may have been taken, and the service may have registered
+    /// @throws std::bad_alloc The version may have been taken, and the service may have registered
     ///     the data class.
     Orvel::Analytics::Emitters::AnalyticsResult RegisterDataClass(
         Orvel::Analytics::DataClass::BaseDataClass* dataClass);
@@ -84,9 +89,11 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     ///     nothing is queued: `EmptyEvent`, `MalformedJson`, `GenericError` (the value of an
     ///     integer field), `FieldValueTooLong`, `NullValueNotAllowed`.
     /// @throws std::out_of_range when a varchar type's length is not within 32 bits.
-    /// @throws std::bad_alloc, std::length_error
+    /// @throws std::bad_alloc
+    /// @throws std::length_error when the queue is as long as a list can be.
     ///
-    /// Nothing is queued when anything is raised.
+    /// Nothing is queued when anything is raised. What the data class's `getFields` raises leaves
+    /// the operation.
     Orvel::Analytics::Emitters::AnalyticsResult CollectEvent(
         Orvel::Analytics::DataClass::BaseDataClass* dataClass, Orvel::WideString event);
 
@@ -119,7 +126,7 @@ class ORVEL_ANALYTICS_EXPORT AnalyticsSession {
     /// @return `Success`, `GenericError` when the service could not be reached, otherwise the
     ///     service's own verdict, such as `UnableToSetConsentForManagedDevice`.
     /// @throws Orvel::Analytics::hresult_error when the service's reply cannot be read.
-    /// @throws std::bad_alloc; the service may have taken the permissions.
+    /// @throws std::bad_alloc The service may have taken the permissions.
     Orvel::Analytics::Emitters::AnalyticsResult SetConsent(ProcessingPermissions permissions);
 
     /// Reads the addresses of the privacy documents. Blocks for as long as the service takes, at

@@ -20,10 +20,10 @@
 namespace Orvel {
 
 #ifdef _WIN32
-/// One UTF-16 code unit.
+/// One UTF-16 code unit: `wchar_t` on Windows, `char16_t` elsewhere.
 using WideChar = wchar_t;
 #else
-/// One UTF-16 code unit.
+/// One UTF-16 code unit: `wchar_t` on Windows, `char16_t` elsewhere.
 using WideChar = char16_t;
 #endif
 
@@ -35,14 +35,18 @@ using WideStringView = std::basic_string_view<WideChar>;
 
 /// Converts UTF-8 to UTF-16. Any thread; does not block.
 /// @param utf8 well-formed UTF-8 (RFC 3629); it may be empty and may hold U+0000.
+/// @return the same text, owned by the caller.
 /// @throws std::invalid_argument naming the byte offset where the text is ill-formed.
-/// @throws std::bad_alloc, std::length_error
+/// @throws std::bad_alloc
+/// @throws std::length_error when the text is longer than a string can be.
 [[nodiscard]] ORVEL_ANALYTICS_EXPORT WideString toWide(std::string_view utf8);
 
 /// Converts UTF-16 to UTF-8. Any thread; does not block.
 /// @param wide well-formed UTF-16 (RFC 2781); it may be empty and may hold U+0000.
+/// @return the same text, owned by the caller.
 /// @throws std::invalid_argument naming the code unit offset of an unpaired surrogate.
-/// @throws std::bad_alloc, std::length_error
+/// @throws std::bad_alloc
+/// @throws std::length_error when the text is longer than a string can be.
 [[nodiscard]] ORVEL_ANALYTICS_EXPORT std::string toUtf8(WideStringView wide);
 
 }  // namespace Orvel

@@ -2,7 +2,10 @@
 #define ORVEL_RELAY_EXPORT_H
 
 /// @file
-/// `ORVEL_RELAY_EXPORT` marks what the RPC client library exports; everything else is hidden.
+/// What the RPC client library exports.
+
+/// @def ORVEL_RELAY_EXPORT
+/// Marks what the RPC client library exports; everything else is hidden.
 ///
 /// A program that links the static library, or that defines the client itself, defines
 /// `ORVEL_RELAY_STATIC`.

@@ -14,6 +14,18 @@
 /// operation throws for a failing server; only exhausted memory is raised, as `std::bad_alloc`,
 /// with no connection open any more.
 
+/// @namespace Orvel::Relay
+/// The conversation between an application and the services of its machine.
+
+/// @namespace Orvel::Relay::Client
+/// The side of the application.
+
+/// @namespace Orvel::Relay::Client::Core
+/// What a client does, whoever made it.
+
+/// @namespace Orvel::Relay::Client::Native
+/// How a client is made.
+
 namespace Orvel::Relay {
 
 /// The statuses of this library, each the number of the system error code of that meaning (the
@@ -92,12 +104,15 @@ namespace Client::Native {
 /// The maker of clients.
 class RpcClient {
   public:
+    /// There are no objects of this class.
     RpcClient() = delete;
 
     /// Makes a client for an endpoint. Nothing is connected yet.
     /// @param endpoint the endpoint's name: 1 to 64 of the characters `A-Z a-z 0-9 . _ -`. A name
     ///     of another form makes a client that finds no server.
-    /// @return the client, owned by whoever holds the handle; never null.
+    /// @return the client, owned by whoever holds the handle; never null. Any thread may make one;
+    ///     nothing is connected and nothing blocks.
+    /// @throws std::bad_alloc
     ORVEL_RELAY_EXPORT static std::shared_ptr<Core::RpcClient> GetClientForEndpoint(
         WideString endpoint);
 };
