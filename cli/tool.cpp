@@ -6,6 +6,7 @@
 #include <new>
 #include <ostream>
 
+#include "cli/check_command.h"
 #include "cli/consent_command.h"
 #include "cli/report_command.h"
 
@@ -44,6 +45,7 @@ ExitStatus parseAndRun(const std::vector<std::string>& arguments, Console& conso
     app.set_version_flag("--version", "orvel-analytics " ORVEL_TOOL_VERSION, "Print the version");
     app.require_subcommand(1);
     addReportCommand(app, chosen);
+    addCheckCommand(app, chosen);
     addConsentCommand(app, chosen);
     addDocumentsCommand(app, chosen);
     try {
