@@ -8,6 +8,7 @@
 
 #include "cli/check_command.h"
 #include "cli/consent_command.h"
+#include "cli/generate_command.h"
 #include "cli/report_command.h"
 
 namespace Orvel::Tool {
@@ -46,6 +47,7 @@ ExitStatus parseAndRun(const std::vector<std::string>& arguments, Console& conso
     app.require_subcommand(1);
     addReportCommand(app, chosen);
     addCheckCommand(app, chosen);
+    addGenerateCommand(app, chosen);
     addConsentCommand(app, chosen);
     addDocumentsCommand(app, chosen);
     try {
