@@ -92,7 +92,12 @@ Json parseJson(const Source& source) {
         return true;
     };
     try {
-        return Json::parse(text.begin(), text.end(), see);
+        Json document = Json::parse(text.begin(), text.end(), see);
+        // The parser takes a null character for the end of the text.
+        if (const std::size_t null = source.text.find('\0'); null != std::string_view::npos) {
+            fail(placeOf(source, null), "not JSON: a null character");
+        }
+        return document;
     } catch (const Json::parse_error& error) {
         // The parser counts the byte it stumbled over from 1.
         const std::size_t byte = error.byte == 0 ? 0 : error.byte - 1;

@@ -156,6 +156,14 @@ JsonFinding findInJson(std::string_view text, JsonPath path) {
     return walk(text, std::move(path)).finding;
 }
 
-std::optional<JsonFault> faultOfJson(std::string_view text) { return walk(text, {}).fault; }
+std::optional<JsonFault> faultOfJson(std::string_view text) {
+    auto fault = walk(text, {}).fault;
+    const std::size_t null = text.find('\0');
+    if (!fault && null != std::string_view::npos) {
+        // The parser takes it for the end of the text.
+        fault = JsonFault{null, "a null character"};
+    }
+    return fault;
+}
 
 }  // namespace Orvel::Tool

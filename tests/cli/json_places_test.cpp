@@ -79,6 +79,9 @@ TEST(JsonPlaces, TheFaultOfATextIsWhereItStopsBeingJson) {
     ASSERT_TRUE(early);
     EXPECT_EQ(early->byte, 5U) << "the end";
     EXPECT_TRUE(faultOfJson(""));
+    const auto null = faultOfJson(std::string_view("{}\0x", 4));
+    ASSERT_TRUE(null);
+    EXPECT_EQ(null->byte, 2U);
 }
 
 TEST(JsonPlaces, DeepNestingIsFollowedWithoutDepth) {
