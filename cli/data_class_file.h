@@ -23,13 +23,23 @@ class FileDataClass final : public Analytics::DataClass::BaseDataClass {
 };
 
 /// Reads a data class file.
-/// @throws Failure with `ExitStatus::Usage`, naming the file and the place in it, when it cannot be
+/// @throws Failure with `ExitStatus::Usage`, naming the file with line and column, when it cannot
+/// be
 ///     read or is not exactly such an object: a missing, unknown or repeated member, a value of
 ///     another type.
 [[nodiscard]] FileDataClass readDataClassFile(const std::string& path);
 
-/// The same for a text; `path` only stands in the messages.
+/// The text of such a file, not looked into.
+/// @throws Failure with `ExitStatus::Usage` when it cannot be read.
+[[nodiscard]] std::string readDataClassText(const std::string& path);
+
+/// As `readDataClassFile`, for a text; `path` only stands in the messages.
 [[nodiscard]] FileDataClass parseDataClass(std::string_view text, const std::string& path);
+
+/// Refuses a field of a text that was read, in the same form.
+/// @param index the field's place, from 0.
+[[noreturn]] void failAtField(std::string_view text, const std::string& path, std::size_t index,
+                              const std::string& what);
 
 }  // namespace Orvel::Tool
 

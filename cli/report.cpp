@@ -2,15 +2,12 @@
 
 #include <fmt/format.h>
 
-#include <istream>
-#include <optional>
 #include <ostream>
-#include <stdexcept>
 #include <utility>
 
 #include "cli/data_class_file.h"
-#include "cli/event_time.h"
-#include "cli/input_file.h"
+#include "cli/event_offer.h"
+#include "cli/event_source.h"
 #include "cli/line_reader.h"
 #include "cli/progress_line.h"
 #include "cli/report_summary.h"
@@ -24,33 +21,6 @@ namespace {
 
 using Analytics::Emitters::AnalyticsResult;
 
-constexpr std::size_t kLongestLine = std::size_t{16} << 20;
-
-/// A line is judged without the service, and there a generic error has one meaning only.
-Verdict verdictOnLine(AnalyticsResult result) {
-    return result == AnalyticsResult::GenericError
-               ? Verdict{result, "the value of an integer field is not a number of 32 bits"}
-               : Verdict::of(result);
-}
-
-/// The events' file, or standard input.
-class EventSource {
-  public:
-    EventSource(const ReportOptions& options, Console& console) : console_(console) {
-        if (options.events != "-") {
-            file_.emplace(options.events);
-        }
-    }
-
-    std::streambuf& bytes() { return file_ ? *file_ : *console_.in.rdbuf(); }
-    /// 0 when it is not known, and then no percentage is shown.
-    [[nodiscard]] std::uint64_t size() const { return file_ ? file_->size() : 0; }
-
-  private:
-    Console& console_;
-    std::optional<InputFile> file_;
-};
-
 /// One run, from the registration to the last batch.
 class Reporter {
   public:
@@ -58,19 +28,24 @@ class Reporter {
         : options_(options),
           console_(console),
           summary_(summary),
-          dataClass_(readDataClassFile(options.dataClassFile)),
           session_(makeSession(options.session)),
-          source_(options, console),
+          offer_(readDataClassFile(options.dataClassFile), {options.timeMember, console.now},
+                 session_),
+          source_(options.events, console),
           progress_(console, source_.size()) {}
 
     void run() {
         requireService();
         registerDataClass();
-        LineReader reader(source_.bytes(), kLongestLine);
+        LineReader reader(source_.bytes(), kLongestEvent);
         Line line;
         while (reader.next(line)) {
             ++summary_.lines;
-            collect(line);
+            if (const auto refused = offer_.offer(line, session_)) {
+                refuse(*refused);
+            } else {
+                enqueue(line);
+            }
             if (pending_.events == options_.batch || pendingBytes_ >= options_.batchBytes) {
                 send();
             }
@@ -87,7 +62,8 @@ class Reporter {
 
   private:
     void registerDataClass() {
-        const AnalyticsResult result = session_.RegisterDataClass(&dataClass_);
+        FileDataClass& dataClass = offer_.dataClass();
+        const AnalyticsResult result = session_.RegisterDataClass(&dataClass);
         if (result == AnalyticsResult::ServiceUnavailable ||
             result == AnalyticsResult::AccessDenied) {
             throw Failure(ExitStatus::Unreachable, describeResult(result));
@@ -101,36 +77,8 @@ class Reporter {
         if (!options_.json) {
             console_.out << fmt::format(
                 "registered data class \"{}\", version \"{}\", with {} fields\n",
-                printable(toUtf8(dataClass_.id)), printable(toUtf8(dataClass_.version)),
-                dataClass_.fields.size());
-        }
-    }
-
-    void collect(const Line& line) {
-        try {
-            if (line.tooLong) {
-                return refuse(line, {{}, "the line is longer than 16 MiB"});
-            }
-            WideString event = toWide(line.text);
-            dataClass_.dateTime = options_.timeMember.empty()
-                                      ? console_.now()
-                                      : readEventTime(line.text, options_.timeMember);
-            const AnalyticsResult result = session_.CollectEvent(&dataClass_, std::move(event));
-            if (result != AnalyticsResult::Success) {
-                return refuse(line, verdictOnLine(result));
-            }
-            enqueue(line);
-        } catch (const std::invalid_argument& error) {
-            refuse(line, {{}, error.what()});
-        } catch (const MalformedEvent& error) {
-            refuse(line, {AnalyticsResult::MalformedJson, error.what()});
-        } catch (const std::out_of_range& error) {
-            refuse(line, {{},
-                          fmt::format("the length in a field's varchar type is not within 32 "
-                                      "bits ({})",
-                                      error.what())});
-        } catch (const Analytics::hresult_error& error) {
-            refuse(line, {{}, error.what()});
+                printable(toUtf8(dataClass.id)), printable(toUtf8(dataClass.version)),
+                dataClass.fields.size());
         }
     }
 
@@ -143,12 +91,9 @@ class Reporter {
         pendingBytes_ += line.text.size();
     }
 
-    void refuse(const Line& line, const Verdict& verdict) {
-        ++summary_.refused;
-        tell(fmt::format("line {}: refused: {}", line.number, verdict.text()));
-        if (summary_.refusedLines.size() < ReportSummary::kLongestList) {
-            summary_.refusedLines.push_back({line.number, verdict});
-        }
+    void refuse(const RefusedLine& line) {
+        tell(fmt::format("line {}: refused: {}", line.line, line.text()));
+        summary_.refuse(line);
     }
 
     void send() {
@@ -191,8 +136,8 @@ class Reporter {
     const ReportOptions& options_;
     Console& console_;
     ReportSummary& summary_;
-    FileDataClass dataClass_;
     AnalyticsSession session_;
+    EventOffer offer_;
     EventSource source_;
     ProgressLine progress_;
     RefusedBatch pending_;

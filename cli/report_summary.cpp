@@ -32,6 +32,10 @@ void addVerdict(Json& object, const Verdict& verdict) {
 Json toJson(const RefusedLine& refused) {
     Json object{{"line", refused.line}};
     addVerdict(object, refused.verdict);
+    object["field"] = refused.field ? Json(refused.field->id) : Json();
+    object["type"] = refused.field ? Json(refused.field->type) : Json();
+    object["value"] = refused.field ? Json(refused.field->value) : Json();
+    object["column"] = refused.column ? Json(*refused.column) : Json();
     return object;
 }
 
@@ -54,20 +58,20 @@ Json toJson(const std::vector<Entry>& entries) {
 
 }  // namespace
 
-Verdict Verdict::of(Analytics::Emitters::AnalyticsResult result) {
-    return {result, std::string(resultWords(result))};
+void LineSummary::refuse(RefusedLine line) {
+    ++refused;
+    if (refusedLines.size() < kLongestList) {
+        refusedLines.push_back(std::move(line));
+    }
 }
 
-std::string Verdict::text() const {
-    return result ? fmt::format("{} ({}): {}", resultName(*result),
-                                static_cast<std::int32_t>(*result), reason)
-                  : reason;
+std::string lineSummaryText(const LineSummary& summary) {
+    return fmt::format("{}: {} accepted, {} refused", counted(summary.lines, "event", "events"),
+                       summary.accepted, summary.refused);
 }
 
 std::string summaryText(const ReportSummary& summary) {
-    std::string text =
-        fmt::format("{}: {} accepted, {} refused", counted(summary.lines, "event", "events"),
-                    summary.accepted, summary.refused);
+    std::string text = lineSummaryText(summary);
     if (summary.unconfirmed > 0) {
         text += fmt::format(", {} not confirmed", summary.unconfirmed);
     }
@@ -91,6 +95,19 @@ std::string summaryJson(const ReportSummary& summary) {
         {"refused_lines_omitted", summary.refused - summary.refusedLines.size()},
         {"refused_batches", toJson(summary.refusedBatches)},
         {"refused_batches_omitted", summary.batchesRefused - summary.refusedBatches.size()},
+        {"exit_status", static_cast<int>(summary.status)},
+    };
+    document["error"] = summary.error.empty() ? Json() : Json(summary.error);
+    return jsonLine(document);
+}
+
+std::string lineSummaryJson(const LineSummary& summary) {
+    Json document{
+        {"lines", summary.lines},
+        {"accepted", summary.accepted},
+        {"refused", summary.refused},
+        {"refused_lines", toJson(summary.refusedLines)},
+        {"refused_lines_omitted", summary.refused - summary.refusedLines.size()},
         {"exit_status", static_cast<int>(summary.status)},
     };
     document["error"] = summary.error.empty() ? Json() : Json(summary.error);

@@ -6,7 +6,9 @@
 #include <new>
 #include <ostream>
 
+#include "cli/check_command.h"
 #include "cli/consent_command.h"
+#include "cli/generate_command.h"
 #include "cli/report_command.h"
 
 namespace Orvel::Tool {
@@ -45,6 +47,8 @@ ExitStatus parseAndRun(const std::vector<std::string>& arguments, Console& conso
     app.set_version_flag("--version", "orvel-analytics " ORVEL_TOOL_VERSION, "Print the version");
     app.require_subcommand(1);
     addReportCommand(app, chosen);
+    addCheckCommand(app, chosen);
+    addGenerateCommand(app, chosen);
     addConsentCommand(app, chosen);
     addDocumentsCommand(app, chosen);
     try {

@@ -36,10 +36,11 @@ install(
   DESTINATION ${package_dir})
 configure_package_config_file(
   cmake/OrvelAnalyticsConfig.cmake.in ${PROJECT_BINARY_DIR}/OrvelAnalyticsConfig.cmake
-  INSTALL_DESTINATION ${package_dir})
+  INSTALL_DESTINATION ${package_dir}
+  PATH_VARS CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/OrvelAnalyticsConfigVersion.cmake
                                  COMPATIBILITY SameMinorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/OrvelAnalyticsConfig.cmake
+install(FILES cmake/OrvelAnalyticsGenerate.cmake ${PROJECT_BINARY_DIR}/OrvelAnalyticsConfig.cmake
               ${PROJECT_BINARY_DIR}/OrvelAnalyticsConfigVersion.cmake DESTINATION ${package_dir})
 
 # orvel_install_pkgconfig(NAME DESCRIPTION [STATIC_FLAG REQUIRED...]) installs what pkg-config knows

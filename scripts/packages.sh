@@ -4,8 +4,7 @@
 buildPackages=(
     build-essential ccache cmake doxygen groff-base jq libasio-dev libbenchmark-dev libcli11-dev
     libfmt-dev libgmock-dev libgtest-dev libsqlite3-dev libtomlplusplus-dev libyyjson-dev mandoc
-    ninja-build
-    nlohmann-json3-dev pkg-config zlib1g-dev
+    ninja-build nlohmann-json3-dev pkg-config python3-jsonschema zlib1g-dev
 )
 clangPackages=(clang libclang-rt-dev)
 lintPackages=(clang-format clang-tidy git shellcheck)

@@ -71,36 +71,37 @@ TEST(DataClassFileTest, ANullCharacterDoesNotHideWhatFollowsIt) {
 
 TEST(DataClassFileTest, AMissingMemberIsNamedWithItsPlace) {
     EXPECT_EQ(failureOf(R"({"id":"x","version":"1","fields":[]})"),
-              "class.json: member \"name\" is missing");
+              "class.json:1:1: member \"name\" is missing");
     EXPECT_EQ(failureOf(R"({"name":"n","version":"1","fields":[]})"),
-              "class.json: member \"id\" is missing");
+              "class.json:1:1: member \"id\" is missing");
     EXPECT_EQ(failureOf(R"({"name":"n","id":"x","fields":[]})"),
-              "class.json: member \"version\" is missing");
+              "class.json:1:1: member \"version\" is missing");
     EXPECT_EQ(failureOf(R"({"name":"n","id":"x","version":"1"})"),
-              "class.json: member \"fields\" is missing");
+              "class.json:1:1: member \"fields\" is missing");
     EXPECT_EQ(failureOf(R"({"name":"n","id":"x","version":"1","fields":[
                   {"id":"a","name":"A","nullable":"true","type":"t"},{"id":"b"}]})"),
-              "class.json: fields[1]: member \"name\" is missing");
+              "class.json:2:70: fields[1]: member \"name\" is missing");
 }
 
 TEST(DataClassFileTest, AWrongTypeIsNamedWithItsPlace) {
-    EXPECT_EQ(failureOf("[]"), "class.json: must be an object, not an array");
+    EXPECT_EQ(failureOf("[]"), "class.json:1:1: must be an object, not an array");
     EXPECT_EQ(failureOf(R"({"name":"n","id":"x","version":1.0,"fields":[]})"),
-              "class.json: member \"version\" must be a text in quotes, not a number");
+              "class.json:1:32: member \"version\" must be a text in quotes, not a number");
     EXPECT_EQ(failureOf(R"({"name":"n","id":"x","version":"1","fields":{}})"),
-              "class.json: member \"fields\" must be an array, not an object");
+              "class.json:1:45: member \"fields\" must be an array, not an object");
     EXPECT_EQ(failureOf(R"({"name":"n","id":"x","version":"1","fields":["a"]})"),
-              "class.json: fields[0]: must be an object, not a text");
+              "class.json:1:46: fields[0]: must be an object, not a text");
     EXPECT_EQ(failureOf(R"({"name":"n","id":"x","version":"1","fields":[
                   {"id":"a","name":"A","nullable":true,"type":"t"}]})"),
-              "class.json: fields[0]: member \"nullable\" must be a text in quotes, not a boolean");
+              "class.json:2:51: fields[0]: member \"nullable\" must be a text in quotes, not a "
+              "boolean");
     EXPECT_EQ(failureOf(R"({"name":null,"id":"x","version":"1","fields":[]})"),
-              "class.json: member \"name\" must be a text in quotes, not null");
+              "class.json:1:9: member \"name\" must be a text in quotes, not null");
 }
 
 TEST(DataClassFileTest, AnUnknownMemberIsRefusedBecauseItIsAMistakeMoreOftenThanNot) {
     EXPECT_EQ(failureOf(R"({"name":"n","id":"x","version":"1","fields":[],"filds":[]})"),
-              "class.json: unknown member \"filds\"");
+              "class.json:1:48: unknown member \"filds\"");
 }
 
 TEST(DataClassFileTest, AMemberThatStandsTwiceIsRefused) {
@@ -109,6 +110,19 @@ TEST(DataClassFileTest, AMemberThatStandsTwiceIsRefused) {
     EXPECT_THAT(failureOf(R"({"name":"n","id":"x","version":"1","fields":[
                     {"id":"a","id":"b","name":"A","nullable":"true","type":"t"}]})"),
                 HasSubstr("member \"id\" stands twice in one object"));
+}
+
+TEST(DataClassFileTest, AMistakeIsToldWhereItStands) {
+    EXPECT_EQ(failureOf("{\n  \"name\": \"\u00e9\", \"name\": \"n\"\n}"),
+              "class.json:2:16: member \"name\" stands twice in one object");
+    EXPECT_EQ(failureOf("{\"fields\":[\n [[[[[[[[1]]]]]]]]]}"),
+              "class.json:2:9: nested deeper than a data class can be");
+    EXPECT_EQ(failureOf("\xEF\xBB\xBF [1]"), "class.json:1:2: must be an object, not an array");
+    EXPECT_EQ(failureOf(R"({"name":"n","id":"x","version":"1","fields":[
+  {"id":"a","name":"A","nullable":"true","type":"t"},
+  {"id":"b","name":"B","nullable":"true",
+   "kind":"t"}]})"),
+              "class.json:4:4: fields[1]: unknown member \"kind\"");
 }
 
 TEST(DataClassFileTest, DeepNestingIsRefusedAndNotFollowed) {

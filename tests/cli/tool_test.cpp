@@ -22,6 +22,9 @@ TEST_F(ToolTest, HelpBeginsWithAnExample) {
 TEST_F(ToolTest, HelpListsEachCommandOnOneLine) {
     EXPECT_THAT(run({"--help"}).out,
                 testing::ContainsRegex("\n  report  +Send the events of a file to the service\n"
+                                       "  check  +Check the events of a file without a service\n"
+                                       "  generate  +Write C\\+\\+ classes for data classes and "
+                                       "their events\n"
                                        "  consent  +Show or change the user's consent\n"
                                        "  documents  +Show the addresses of the privacy "
                                        "documents\n"));
@@ -37,6 +40,22 @@ TEST_F(ToolTest, HelpOfReportBeginsWithAnExampleAndNamesEveryOption) {
     for (const char* option : {"--app ", "--app-version", "--user", "--data-class", "--time-member",
                                "--batch", "--json", "EVENTS", "Exit status"}) {
         EXPECT_THAT(result.out, HasSubstr(option));
+    }
+}
+
+TEST_F(ToolTest, HelpOfCheckAndGenerateBeginsWithAnExampleAndNamesEveryOption) {
+    const std::vector<std::string> check = {"check", "--data-class", "--time-member", "--json",
+                                            "EVENTS"};
+    const std::vector<std::string> generate = {"generate", "--data-class", "--output",
+                                               "--namespace"};
+    for (const std::vector<std::string>& words : {check, generate}) {
+        const ToolRun result = run({words.front(), "--help"});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_THAT(result.out, StartsWith("Example:\n  orvel-analytics " + words.front()));
+        EXPECT_THAT(result.out, HasSubstr("Exit status"));
+        for (const std::string& option : words) {
+            EXPECT_THAT(result.out, HasSubstr(option));
+        }
     }
 }
 

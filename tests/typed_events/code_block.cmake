@@ -1,0 +1,17 @@
+# orvel_code_block(RESULT PAGE NAME)
+#
+# The block of code that a page wants to be saved under a name: its first line ends with file=NAME.
+function(orvel_code_block result page name)
+  file(READ ${page} rest)
+  set(mark " file=${name}\n")
+  string(FIND "${rest}" "${mark}" begin)
+  if(begin EQUAL -1)
+    message(FATAL_ERROR "${page} has no block for ${name}.")
+  endif()
+  string(LENGTH "${mark}" length)
+  math(EXPR begin "${begin} + ${length}")
+  string(SUBSTRING "${rest}" ${begin} -1 block)
+  string(FIND "${block}" "```" end)
+  string(SUBSTRING "${block}" 0 ${end} block)
+  set(${result} "${block}" PARENT_SCOPE)
+endfunction()
