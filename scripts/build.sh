@@ -10,13 +10,15 @@ threadedTests=(concurrency_tests relay-server-test testing_threads_tests)
 
 # buildPreset PRESET [TARGET...]
 buildPreset() {
-    local preset=$1 launcher='' targets=()
+    local preset=$1 launcher='' targets=() fresh=()
     shift
     # Told to CMake every time, so that a build folder made with ccache also works without it.
     ! command -v ccache >/dev/null || launcher=ccache
     [ $# -eq 0 ] || targets=(--target "$@")
     mkdir -p "$root/build"
-    cmake --preset "$preset" -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher" >"$root/build/configure.log" 2>&1 || {
+    # CMake forgets what a preset says when its compiler is another than that of the build folder.
+    [ ! "$root/CMakePresets.json" -nt "$root/build/$preset/CMakeCache.txt" ] || fresh=(--fresh)
+    cmake --preset "$preset" "${fresh[@]}" -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher" >"$root/build/configure.log" 2>&1 || {
         cat "$root/build/configure.log" >&2
         fail "the build could not be configured"
     }
@@ -43,7 +45,7 @@ closingLines() { sed -n '/tests passed,/,$p' "$root/build/$1/test.log"; }
 faultLines() { sed -n 's/^fault | /  /p' "$root/build/$1/Testing/Temporary/LastTest.log"; }
 
 runTests() {
-    requirePackages "${buildPackages[@]}"
+    requirePackages "${buildPackages[@]}" "${clangPackages[@]}"
     local preset failed=0
     for preset in release sanitize; do
         testPreset "$preset" || failed=1

@@ -1,7 +1,6 @@
 # shellcheck shell=bash
 # Runs the fuzzing targets. Sourced by dev.
 
-fuzzPackages=(clang libclang-rt-dev)
 fuzzPrograms=build/fuzz/fuzz
 fuzzResults=build/fuzz/results
 fuzzSeconds=600
@@ -24,7 +23,7 @@ runFuzzers() {
         [[ $1 =~ ^[1-9][0-9]*$ ]] || fail "$1 is no number of seconds"
         fuzzSeconds=$1
     fi
-    requirePackages "${buildPackages[@]}" "${fuzzPackages[@]}"
+    requirePackages "${buildPackages[@]}" "${clangPackages[@]}"
     say "Building: fuzz"
     buildPreset fuzz
     mkdir -p "$fuzzResults"

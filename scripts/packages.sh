@@ -6,6 +6,7 @@ buildPackages=(
     libgmock-dev libgtest-dev libsqlite3-dev libtomlplusplus-dev libyyjson-dev ninja-build
     nlohmann-json3-dev pkg-config zlib1g-dev
 )
+clangPackages=(clang libclang-rt-dev)
 lintPackages=(clang-format clang-tidy git shellcheck)
 
 # The release that has libyyjson-dev, for the one before it, which has not.

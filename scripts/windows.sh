@@ -37,6 +37,8 @@ runWindows() {
     requirePackages "${winePackages[@]}"
     requireToolchain
     export ORVEL_VISIBLE_FOLDER=$root
+    # The files that CMake writes for a preset are then the same for ccache in every preset.
+    export CCACHE_BASEDIR=$root
     declare -A testCount=()
     skipped=''
     for architecture in "${architectures[@]}"; do
