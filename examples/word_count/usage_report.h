@@ -31,8 +31,8 @@ class UsageReport {
     /// @param extension of the file's name.
     void add(const std::string& extension, std::int32_t words);
 
-    /// Sends what was added since the last time, at most once. An application must not fail because nobody wants to
-    /// know how it is used: this raises no error of the service.
+    /// Sends what was added since the last time, at most once. An application must not fail because
+    /// nobody wants to know how it is used: this raises no error of the service.
     Delivery send();
 
   private:
@@ -41,8 +41,8 @@ class UsageReport {
 
     AnalyticsSession session_;
     CountedFile countedFile_;
-    // Not with the session before its data class is registered: it stamps events with the version of
-    // the one that was registered last.
+    // Not with the session before its data class is registered: it stamps events with the version
+    // of the one that was registered last.
     std::vector<Orvel::WideString> events_;
 };
 

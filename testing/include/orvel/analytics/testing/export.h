@@ -8,8 +8,8 @@
 /// `Orvel::AnalyticsTesting` does so by itself.
 
 /// @def ORVEL_ANALYTICS_TESTING_EXPORT
-/// Marks what `liborvel-analytics-testing` exports; everything else is hidden. For the library's own
-/// headers.
+/// Marks what `liborvel-analytics-testing` exports; everything else is hidden. For the library's
+/// own headers.
 #if defined(ORVEL_ANALYTICS_TESTING_STATIC)
 #define ORVEL_ANALYTICS_TESTING_EXPORT
 #elif defined(_WIN32)

@@ -24,9 +24,9 @@ concept WholeNumber =
     !std::same_as<Number, wchar_t> && !std::same_as<Number, char8_t> &&
     !std::same_as<Number, char16_t> && !std::same_as<Number, char32_t>;
 
-/// A value of JSON as it was written. A plain value that owns all that is in it. Different values may
-/// be used on different threads, and one that nobody changes on several. What is not `noexcept` may
-/// raise `std::bad_alloc`.
+/// A value of JSON as it was written. A plain value that owns all that is in it. Different values
+/// may be used on different threads, and one that nobody changes on several. What is not `noexcept`
+/// may raise `std::bad_alloc`.
 ///
 /// What a test writes down becomes a value by itself, so that `event.values.at("button") == "save"`
 /// compares. Strings are UTF-8 here; an unpaired surrogate of what was sent is U+FFFD.
