@@ -1,7 +1,7 @@
-# What `cmake --install` lays down: the two libraries with their headers, and the package that
+# What `cmake --install` lays down: the libraries with their headers, and the package that
 # find_package(OrvelAnalytics) finds. Each program says in its own folder where it goes.
-if(WIN32 AND NOT ORVEL_RPC_CLIENT STREQUAL "portable")
-  # The double is for tests, and the vendor's library comes with the vendor's package.
+if(WIN32 AND ORVEL_RPC_CLIENT STREQUAL "vendor")
+  # The vendor's library comes with the vendor's package.
   return()
 endif()
 include(CMakePackageConfigHelpers)
@@ -23,6 +23,10 @@ orvel_install_library(orvel-analytics library)
 orvel_install_library(orvel-rpc-client rpc_client)
 if(WIN32)
   install(TARGETS orvel-chosen-rpc-client EXPORT OrvelAnalyticsTargets)
+endif()
+if(TARGET orvel-analytics-testing)
+  install(TARGETS orvel-analytics-testing EXPORT OrvelAnalyticsTargets)
+  install(DIRECTORY testing/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(

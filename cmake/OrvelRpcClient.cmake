@@ -10,15 +10,14 @@ if(NOT WIN32)
 endif()
 
 set(ORVEL_RPC_CLIENT portable
-    CACHE STRING "The RPC client library: portable (the project's own), double (a scripted one, for \
-tests) or vendor (RpcClient.Native)")
-set_property(CACHE ORVEL_RPC_CLIENT PROPERTY STRINGS portable double vendor)
+    CACHE STRING "The RPC client library: portable (the project's own), testing (a service inside \
+the process, for tests) or vendor (RpcClient.Native)")
+set_property(CACHE ORVEL_RPC_CLIENT PROPERTY STRINGS portable testing vendor)
 
 if(ORVEL_RPC_CLIENT STREQUAL "portable")
   target_link_libraries(orvel-chosen-rpc-client INTERFACE Orvel::RpcClient)
-elseif(ORVEL_RPC_CLIENT STREQUAL "double")
-  # Made in tests/support.
-  target_link_libraries(orvel-chosen-rpc-client INTERFACE orvel-rpc-double)
+elseif(ORVEL_RPC_CLIENT STREQUAL "testing")
+  target_link_libraries(orvel-chosen-rpc-client INTERFACE orvel-analytics-testing)
 elseif(ORVEL_RPC_CLIENT STREQUAL "vendor")
   if(NOT MSVC)
     message(FATAL_ERROR "RpcClient.Native has the C++ ABI of Microsoft's compiler; build with it.")
@@ -32,5 +31,5 @@ elseif(ORVEL_RPC_CLIENT STREQUAL "vendor")
   target_include_directories(orvel-chosen-rpc-client
                              INTERFACE ${PROJECT_SOURCE_DIR}/relay/include)
 else()
-  message(FATAL_ERROR "ORVEL_RPC_CLIENT is ${ORVEL_RPC_CLIENT}: portable, double or vendor.")
+  message(FATAL_ERROR "ORVEL_RPC_CLIENT is ${ORVEL_RPC_CLIENT}: portable, testing or vendor.")
 endif()

@@ -12,8 +12,8 @@
 #include "fuzz/support/fields.h"
 #include "fuzz/support/input.h"
 #include "fuzz/support/require.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/event_model.h"
-#include "support/scripted_rpc_client.h"
 #include "support/session_access.h"
 
 namespace Orvel::Fuzz {
@@ -203,7 +203,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace Orvel::Fuzz;
     Input input(data, size);
     const Exchange exchange = readExchange(input);
-    Orvel::TestSupport::RpcScript script;
+    Orvel::Analytics::Testing::ScriptedEndpoint script;
     script.openStatus = exchange.open;
     script.executions = {{exchange.handshake, exchange.acknowledgement},
                          {exchange.command, exchange.reply}};

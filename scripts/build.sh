@@ -6,7 +6,7 @@
 export CCACHE_SLOPPINESS=pch_defines,time_macros
 
 # The programs whose tests run on several threads, for ThreadSanitizer.
-threadedTests=(concurrency_tests relay-server-test)
+threadedTests=(concurrency_tests relay-server-test testing_threads_tests)
 
 # buildPreset PRESET [TARGET...]
 buildPreset() {

@@ -61,7 +61,7 @@ runWindows() {
 # Builds, checks and runs everything of one architecture, and counts the tests that ran.
 testWindows() {
     local architecture=$1 preset failed=0
-    for preset in "windows-$architecture-double" "windows-$architecture-portable"; do
+    for preset in "windows-$architecture-testing" "windows-$architecture-portable"; do
         say "Building: $preset"
         # A folder that another toolchain was used in cannot be used with this one.
         grep -qsF "$ORVEL_WINDOWS_TOOLCHAIN/" "$root/build/$preset/CMakeCache.txt" ||
@@ -71,13 +71,13 @@ testWindows() {
     testCount[$architecture]='nothing ran'
     prepareWindows "$architecture" || return
     [ "$architecture" = x64 ] || [ -z "$skipped" ] || return 0
-    for preset in "windows-$architecture-double" "windows-$architecture-portable"; do
+    for preset in "windows-$architecture-testing" "windows-$architecture-portable"; do
         runPresetTests "$preset" || failed=1
     done
     runWindowsProgram "$architecture" wineboot.exe --kill >/dev/null 2>&1 || true
     [ "$architecture" = x64 ] || forgetArm64Programs
     testCount[$architecture]=$(countTests \
-        "$root/build/windows-$architecture-"{double,portable}/Testing/Temporary/LastTest.log) ||
+        "$root/build/windows-$architecture-"{testing,portable}/Testing/Temporary/LastTest.log) ||
         failed=1
     return "$failed"
 }
@@ -87,7 +87,7 @@ runWindowsProgram() { "$root/scripts/windows/run_program.sh" "$@"; }
 # Sets up a Windows in which the stand-in runtime answers for the platform's classes.
 prepareWindows() {
     local architecture=$1 status=0 owner=() folder
-    folder=$root/build/windows-$architecture-double
+    folder=$root/build/windows-$architecture-testing
     export WINEPREFIX=$root/build/windows-$architecture-prefix
     say "Preparing wine for $architecture"
     if [ "$architecture" = arm64 ]; then

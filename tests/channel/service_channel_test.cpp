@@ -6,7 +6,7 @@
 
 #include "channel/tokens.h"
 #include "orvel/analytics/hresult_error.h"
-#include "support/scripted_rpc_client.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 
 namespace {
 
@@ -14,8 +14,8 @@ using namespace Orvel::Analytics::Channel;
 using Orvel::WideString;
 using Orvel::WideStringView;
 using Orvel::Analytics::hresult_error;
-using Orvel::TestSupport::Executed;
-using Orvel::TestSupport::RpcScript;
+using Orvel::Analytics::Testing::Executed;
+using Orvel::Analytics::Testing::ScriptedEndpoint;
 
 constexpr WideStringView kApp = ORVEL_TEXT("MyApp");
 
@@ -65,7 +65,7 @@ const WideString kUnreadable = ORVEL_TEXT("MyApp::X::ErrorCode");
 
 class EveryCommand : public testing::TestWithParam<Command> {
   protected:
-    RpcScript script;
+    ScriptedEndpoint script;
 };
 
 class EveryCommandButCollect : public EveryCommand {};
@@ -170,7 +170,7 @@ TEST_P(EveryCommandButCollect, RaisesForARefusedHandshakeThatCannotBeRead) {
 }
 
 TEST(CollectCommand, FailsWhenTheHandshakeDoesWhateverTheReply) {
-    RpcScript script;
+    ScriptedEndpoint script;
     for (const WideString& reply :
          {WideString(), WideString(ORVEL_TEXT("MyApp::ACK:: ")), kQuotaExceeded, kUnreadable}) {
         script.executions = {{0, reply}};
@@ -180,7 +180,7 @@ TEST(CollectCommand, FailsWhenTheHandshakeDoesWhateverTheReply) {
 }
 
 TEST(RegisterCommand, TellsWhyTheConnectionCouldNotBeOpened) {
-    RpcScript script;
+    ScriptedEndpoint script;
     const auto result = [&](std::int32_t status) {
         script.openStatus = status;
         return kRegister.run();
@@ -229,7 +229,7 @@ class ConsentCommand : public testing::Test {
         return static_cast<int>(getConsentCommand(channel, kApp, consent));
     }
 
-    RpcScript script;
+    ScriptedEndpoint script;
     WideString consent = ORVEL_TEXT("before");
 };
 
@@ -286,7 +286,7 @@ class PrivacyDocumentsCommand : public testing::Test {
         return static_cast<int>(getPrivacyDocumentsCommand(channel, kApp, documents));
     }
 
-    RpcScript script;
+    ScriptedEndpoint script;
     WideString documents = ORVEL_TEXT("before");
 };
 
@@ -339,7 +339,7 @@ TEST_F(PrivacyDocumentsCommand, WritesNothingWithoutAHandshake) {
 }
 
 TEST(ServiceChannel, IsBuiltAnewForEachOperation) {
-    RpcScript script;
+    ScriptedEndpoint script;
     kRegister.run();
     kCollect.run();
     EXPECT_EQ(script.endpoints.size(), 2U);
@@ -347,7 +347,7 @@ TEST(ServiceChannel, IsBuiltAnewForEachOperation) {
 }
 
 TEST(ServiceChannel, HandsOnAnyCodeUnitOfTheApplicationsName) {
-    RpcScript script;
+    ScriptedEndpoint script;
     const WideString app = WideString(1, 0xD800) + WideString(1, 0) + ORVEL_TEXT("::");
     ServiceChannel channel = getServiceClient();
     EXPECT_EQ(static_cast<int>(collectCommand(channel, app, {})), 0);

@@ -6,13 +6,16 @@
 
 namespace Orvel::Tool {
 
+using Analytics::Testing::Executed;
+using Analytics::Testing::Execution;
+using Analytics::Testing::ScriptedEndpoint;
+
 ConsentTest::ConsentTest() : record(TestSupport::consentDocument()) {
-    script.onExecute = [this](const TestSupport::Executed& executed) {
+    script.onUnscripted = [this](const Executed& executed) {
         const std::string command = toUtf8(executed.command);
-        if (command.find("::CONNECT_APP::") == std::string::npos || replies.contains("CONNECT")) {
-            script.executions.resize(script.executed.size() - 1);
-            script.executions.push_back({0, toWide(replyTo(command))});
-        }
+        const bool isGreeting = command.find("::CONNECT_APP::") != std::string::npos;
+        return isGreeting && !replies.contains("CONNECT") ? ScriptedEndpoint::usualAnswer(executed)
+                                                          : Execution{0, toWide(replyTo(command))};
     };
 }
 

@@ -112,7 +112,7 @@ using InputTest = ToolTest;
 
 TEST_F(InputTest, ThatFailsBreaksOff) {
     NamedPipe pipe;
-    script.onExecute = [&pipe](const TestSupport::Executed&) { pipe.breakOff(); };
+    script.onExecute = [&pipe](const Analytics::Testing::Executed&) { pipe.breakOff(); };
     const ToolRun result = runReport({argumentFor(pipe.name())});
     EXPECT_EQ(result.status, 4);
     EXPECT_THAT(result.err, HasSubstr("reading broke off"));

@@ -1,4 +1,4 @@
-/// The tool as a process, with the scripted client's own answers for a service.
+/// The tool as a process that has a service of its own inside.
 
 #include "support/program_windows.h"
 

@@ -170,7 +170,7 @@ TEST_F(ReportTest, TheVerdictOfTheServiceNamesTheLinesOfTheBatch) {
 }
 
 TEST_F(ReportTest, AReplyThatCannotBeReadIsAVerdictOnItsBatchAlone) {
-    script.onExecute = [this, turn = 0](const TestSupport::Executed&) mutable {
+    script.onExecute = [this, turn = 0](const Analytics::Testing::Executed&) mutable {
         if (turn++ == 3) {
             script.executions.resize(3);
             script.executions.push_back({0, ORVEL_TEXT("app::COLLECT_DATACLASS::ErrorCode")});
@@ -191,7 +191,7 @@ TEST_F(ReportTest, AGenericVerdictOfAServiceThatIsStillThereDoesNotEndTheRun) {
 }
 
 TEST_F(ReportTest, AServiceThatGoesAwayEndsTheRunWithStatus3) {
-    script.onExecute = [this](const TestSupport::Executed& executed) {
+    script.onExecute = [this](const Analytics::Testing::Executed& executed) {
         if (executed.command.find(ORVEL_TEXT("::REGISTER_DATACLASS::")) !=
             Relay::WideString::npos) {
             script.openStatus = Relay::Status::kServerUnavailable;

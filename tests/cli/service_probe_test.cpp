@@ -5,8 +5,8 @@
 #include <set>
 
 #include "cli/failure.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "orvel/relay/rpc_client.h"
-#include "support/scripted_rpc_client.h"
 
 namespace Orvel::Tool {
 namespace {
@@ -14,7 +14,7 @@ namespace {
 namespace Status = Relay::Status;
 
 TEST(ServiceProbeTest, AReachableServiceIsLeftAsItWas) {
-    TestSupport::RpcScript script;
+    Analytics::Testing::ScriptedEndpoint script;
     EXPECT_EQ(probeService(), 0);
     EXPECT_NO_THROW(requireService());
     EXPECT_TRUE(script.executed.empty());
@@ -35,7 +35,7 @@ TEST(ServiceProbeTest, EveryStatusHasWordsOfItsOwnAndItsNumber) {
 }
 
 TEST(ServiceProbeTest, AFailedAttemptIsRaisedWithItsStatus) {
-    TestSupport::RpcScript script;
+    Analytics::Testing::ScriptedEndpoint script;
     script.openStatus = Status::kProtocolError;
     try {
         requireService();

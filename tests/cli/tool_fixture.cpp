@@ -8,6 +8,10 @@
 
 namespace Orvel::Tool {
 
+using Analytics::Testing::Executed;
+using Analytics::Testing::Execution;
+using Analytics::Testing::ScriptedEndpoint;
+
 ToolRun ToolTest::run(std::vector<std::string> arguments, const std::string& input) {
     arguments.insert(arguments.begin(), "orvel-analytics");
     std::istringstream in(input);
@@ -43,7 +47,7 @@ std::string argumentFor(const std::filesystem::path& path) {
 
 std::vector<std::string> ToolTest::commandsWith(std::string_view token) const {
     std::vector<std::string> commands;
-    for (const TestSupport::Executed& executed : script.executed) {
+    for (const Executed& executed : script.executed) {
         std::string command = toUtf8(executed.command);
         if (command.find(token) != std::string::npos) {
             commands.push_back(std::move(command));
@@ -54,13 +58,12 @@ std::vector<std::string> ToolTest::commandsWith(std::string_view token) const {
 
 void ToolTest::answerWithError(std::size_t place, const std::string& token,
                                const std::string& name) {
-    script.onExecute = [this, place, token, name, turn = std::size_t{0}](const auto&) mutable {
-        // Until their turn comes, commands are answered as if nothing had been scripted.
-        if (turn++ == place) {
-            script.executions.resize(place);
-            script.executions.push_back(
-                {0, toWide("app::" + token + R"(::{"Results":["ErrorCode :)" + name + R"("]})")});
-        }
+    script.onUnscripted = [place, token, name,
+                           turn = std::size_t{0}](const Executed& executed) mutable {
+        return turn++ == place
+                   ? Execution{0, toWide("app::" + token + R"(::{"Results":["ErrorCode :)" + name +
+                                         R"("]})")}
+                   : ScriptedEndpoint::usualAnswer(executed);
     };
 }
 

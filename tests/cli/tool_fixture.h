@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "support/scripted_rpc_client.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/temporary_folder.h"
 
 namespace Orvel::Tool {
@@ -48,7 +48,7 @@ class ToolTest : public testing::Test {
     /// an error of this name.
     void answerWithError(std::size_t place, const std::string& token, const std::string& name);
 
-    TestSupport::RpcScript script;
+    Analytics::Testing::ScriptedEndpoint script;
     Support::TemporaryFolder folder;
     bool terminal = false;
 };

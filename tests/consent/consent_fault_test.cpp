@@ -6,15 +6,15 @@
 #include <vector>
 
 #include "orvel/analytics.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/json_fault.h"
-#include "support/scripted_rpc_client.h"
 
 namespace {
 
 using Orvel::Analytics::hresult_error;
+using Orvel::Analytics::Testing::ScriptedEndpoint;
 using Orvel::TestSupport::JsonFault;
 using Orvel::TestSupport::JsonOperation;
-using Orvel::TestSupport::RpcScript;
 
 TEST(ConsentObjectFault, LeavesFromJsonAsTheErrorAtEveryStep) {
     for (const JsonOperation operation :
@@ -50,7 +50,7 @@ TEST(SetConsentFault, LeavesWithTheClientReleasedAndNothingSent) {
     for (const JsonOperation operation : {JsonOperation::NewObject, JsonOperation::StringValue,
                                           JsonOperation::SetNamedValue, JsonOperation::Stringify}) {
         JsonFault fault;
-        RpcScript script;
+        ScriptedEndpoint script;
         AnalyticsSession session(ORVEL_TEXT("MyApp"), ORVEL_TEXT("1"));
         fault.failing = operation;
         EXPECT_THROW(session.SetConsent({}), hresult_error);

@@ -2,8 +2,8 @@
 #include <nlohmann/json.hpp>
 
 #include "orvel/analytics.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/consent_documents.h"
-#include "support/scripted_rpc_client.h"
 
 namespace {
 
@@ -12,10 +12,10 @@ using Orvel::toUtf8;
 using Orvel::toWide;
 using Orvel::WideString;
 using Orvel::Analytics::hresult_error;
+using Orvel::Analytics::Testing::ScriptedEndpoint;
 using Orvel::TestSupport::consentDocument;
 using Orvel::TestSupport::permissionsDocument;
 using Orvel::TestSupport::privacyDocument;
-using Orvel::TestSupport::RpcScript;
 using Value = ProcessingPermissions::ProcessingPermissionValue;
 
 const WideString kAcknowledged = ORVEL_TEXT("MyApp::ACK::");
@@ -45,7 +45,7 @@ class ConsentOperations : public testing::Test {
         EXPECT_TRUE(consent.deviceSerialNumber.empty());
     }
 
-    RpcScript script;
+    ScriptedEndpoint script;
     AnalyticsSession session{ORVEL_TEXT("MyApp"), ORVEL_TEXT("1")};
     ConsentObject consent;
     PrivacyDocuments documents;

@@ -11,7 +11,6 @@
 
 #include "orvel/analytics/session.h"
 #include "support/data_classes.h"
-#include "support/scripted_rpc_client.h"
 #include "support/session_access.h"
 
 namespace {

@@ -8,7 +8,6 @@
 #include "orvel/analytics/hresult_error.h"
 #include "orvel/analytics/session.h"
 #include "support/fake_device.h"
-#include "support/scripted_rpc_client.h"
 
 namespace {
 

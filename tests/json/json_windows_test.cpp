@@ -9,17 +9,17 @@
 #include "json/json.h"
 #include "json/raise.h"
 #include "orvel/analytics.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/data_classes.h"
 #include "support/raised_status.h"
-#include "support/scripted_rpc_client.h"
 
 namespace {
 
 using Orvel::WideString;
 using Orvel::Analytics::Emitters::AnalyticsResult;
+using Orvel::Analytics::Testing::ScriptedEndpoint;
 using Orvel::TestSupport::field;
 using Orvel::TestSupport::raisedStatus;
-using Orvel::TestSupport::RpcScript;
 using Orvel::TestSupport::TestDataClass;
 using namespace Orvel::Analytics::Json;
 
@@ -96,7 +96,7 @@ class WindowsEvent : public testing::Test {
         return session.CollectEvent(&dataClass, ORVEL_TEXT("{\"a\":") + value + ORVEL_TEXT("}"));
     }
 
-    RpcScript script;
+    ScriptedEndpoint script;
     AnalyticsSession session{ORVEL_TEXT("MyApp"), ORVEL_TEXT("1")};
     TestDataClass dataClass{{}};
 };

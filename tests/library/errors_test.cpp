@@ -9,13 +9,14 @@
 #include <string>
 
 #include "orvel/analytics.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/data_classes.h"
-#include "support/scripted_rpc_client.h"
 
 namespace Orvel::TestSupport {
 namespace {
 
 using Analytics::hresult_error;
+using Analytics::Testing::ScriptedEndpoint;
 
 /// The text that constructing a session throws; empty when it throws none.
 std::string refusal(const WideString& name, const WideString& version, const WideString& user) {
@@ -85,7 +86,7 @@ TYPED_TEST_SUITE(ErrorThroughTheLibrary, EveryErrorClass);
 
 /// From the application's own code, through the RPC client and the library, and back.
 TYPED_TEST(ErrorThroughTheLibrary, KeepsItsClassAndItsStatus) {
-    RpcScript script;
+    ScriptedEndpoint script;
     script.onClient = [] { throw TypeParam("made to fail"); };
     AnalyticsSession session(ORVEL_TEXT("MyApp"), ORVEL_TEXT("1"));
     EXPECT_THROW(session.SendEvents(), TypeParam);
@@ -100,7 +101,7 @@ TYPED_TEST(ErrorThroughTheLibrary, KeepsItsClassAndItsStatus) {
 }
 
 TEST(LibraryErrors, OtherErrorsPassThroughTheLibraryToo) {
-    RpcScript script;
+    ScriptedEndpoint script;
     AnalyticsSession session(ORVEL_TEXT("MyApp"), ORVEL_TEXT("1"));
     script.onClient = [] { throw std::bad_alloc(); };
     EXPECT_THROW(session.SendEvents(), std::bad_alloc);

@@ -7,14 +7,15 @@
 #include <utility>
 
 #include "orvel/analytics.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/consent_documents.h"
 #include "support/data_classes.h"
-#include "support/scripted_rpc_client.h"
 
 namespace Orvel::TestSupport {
 namespace {
 
 using Analytics::Emitters::AnalyticsResult;
+using Analytics::Testing::ScriptedEndpoint;
 using nlohmann::json;
 using PermissionValue = ProcessingPermissions::ProcessingPermissionValue;
 
@@ -41,7 +42,7 @@ class LibrarySession : public testing::Test {
         return json::parse(lastSent(ORVEL_TEXT("::COLLECT_DATACLASS::"))).at("events").at(0);
     }
 
-    RpcScript script;
+    ScriptedEndpoint script;
     AnalyticsSession session{kName, ORVEL_TEXT("1.2"), kUser, ORVEL_TEXT("by hand")};
     TestDataClass dataClass{{field(ORVEL_TEXT("count"), ORVEL_TEXT("integer")),
                              field(ORVEL_TEXT("text of a longer name"), ORVEL_TEXT("varchar(3)"))}};

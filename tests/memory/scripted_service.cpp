@@ -1,23 +1,25 @@
-/// The service behind the scripted RPC client, whose own allocations fail like those of the
+/// The service behind the scripted endpoint, whose own allocations fail like those of the
 /// library: an RPC client may raise exhausted memory anywhere.
 
 #include "memory/answering_service.h"
-#include "support/scripted_rpc_client.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 
 namespace Orvel::TestSupport {
 
+using Analytics::Testing::Executed;
+using Analytics::Testing::Execution;
+using Analytics::Testing::ScriptedEndpoint;
+
 struct AnsweringService::Impl {
-    RpcScript script;
+    ScriptedEndpoint script;
     WideString answer;
 };
 
 AnsweringService::AnsweringService() : impl_(std::make_unique<Impl>()) {
-    RpcScript& script = impl_->script;
-    script.onExecute = [this, &script](const Executed& executed) {
+    impl_->script.onUnscripted = [this](const Executed& executed) {
         const bool usual =
             impl_->answer.empty() || executed.command.ends_with(ORVEL_TEXT("::CONNECT_APP::"));
-        script.executions.resize(script.executed.size() - 1);
-        script.executions.push_back({0, usual ? usualAnswer(executed.command) : impl_->answer});
+        return Execution{0, usual ? usualAnswer(executed.command) : impl_->answer};
     };
 }
 
@@ -38,8 +40,7 @@ std::vector<WideString> AnsweringService::commands() const {
 }
 
 void AnsweringService::forget() {
-    RpcScript& script = impl_->script;
-    decltype(script.executions)().swap(script.executions);
+    ScriptedEndpoint& script = impl_->script;
     decltype(script.executed)().swap(script.executed);
     decltype(script.endpoints)().swap(script.endpoints);
     decltype(script.openArguments)().swap(script.openArguments);

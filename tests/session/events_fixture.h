@@ -9,9 +9,9 @@
 #include <utility>
 
 #include "orvel/analytics.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/data_classes.h"
 #include "support/fake_clock.h"
-#include "support/scripted_rpc_client.h"
 #include "support/session_access.h"
 #include "support/time_zone.h"
 
@@ -42,7 +42,7 @@ class Events : public testing::Test {
         return nlohmann::json::parse(command.substr(framing.size()));
     }
 
-    RpcScript script;
+    Analytics::Testing::ScriptedEndpoint script;
     const TimeZone zone{"UTC0"};
     AnalyticsSession session{ORVEL_TEXT("MyApp"), ORVEL_TEXT("1.2")};
     TestDataClass evt{{field(ORVEL_TEXT("count"), ORVEL_TEXT("integer"))}};

@@ -10,6 +10,8 @@ namespace Orvel::TestSupport {
 namespace {
 
 using Analytics::hresult_error;
+using Analytics::Testing::Executed;
+using Analytics::Testing::Execution;
 using nlohmann::json;
 
 const WideString kAcknowledged = ORVEL_TEXT("MyApp::ACK::");

@@ -7,8 +7,8 @@
 #include <new>
 
 #include "orvel/analytics.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/data_classes.h"
-#include "support/scripted_rpc_client.h"
 #include "support/session_access.h"
 
 namespace {
@@ -18,10 +18,10 @@ using Orvel::Analytics::hresult_access_denied;
 using Orvel::Analytics::hresult_error;
 using Orvel::Analytics::Emitters::AnalyticsResult;
 using Orvel::Analytics::Session::SessionAccess;
+using Orvel::Analytics::Testing::ScriptedEndpoint;
 using Orvel::TestSupport::field;
 using Orvel::TestSupport::JsonFault;
 using Orvel::TestSupport::JsonOperation;
-using Orvel::TestSupport::RpcScript;
 using Orvel::TestSupport::TestDataClass;
 
 constexpr std::uint32_t kOutOfMemory = 0x8007000E;
@@ -29,7 +29,7 @@ constexpr std::uint32_t kOutOfMemory = 0x8007000E;
 class FailingJson : public testing::TestWithParam<JsonOperation> {
   protected:
     JsonFault fault;
-    RpcScript script;
+    ScriptedEndpoint script;
     AnalyticsSession session{ORVEL_TEXT("MyApp"), ORVEL_TEXT("1")};
     TestDataClass evt{{field(ORVEL_TEXT("a"), ORVEL_TEXT("varchar(9)"))}};
 };

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "orvel/analytics.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/data_classes.h"
 #include "support/fake_clock.h"
-#include "support/scripted_rpc_client.h"
 #include "support/session_access.h"
 
 namespace {
@@ -17,8 +17,8 @@ using Orvel::WideString;
 using Orvel::Analytics::Emitters::AnalyticsResult;
 using Orvel::Analytics::Session::AppSession;
 using Orvel::Analytics::Session::SessionAccess;
+using Orvel::Analytics::Testing::ScriptedEndpoint;
 using Orvel::TestSupport::kSomeTime;
-using Orvel::TestSupport::RpcScript;
 using Orvel::TestSupport::setCurrentTime;
 using Orvel::TestSupport::TestDataClass;
 
@@ -54,7 +54,7 @@ class Lifecycle : public testing::Test {
         ASSERT_EQ(session.CollectEvent(&dataClass, std::move(event)), AnalyticsResult::Success);
     }
 
-    RpcScript script;
+    ScriptedEndpoint script;
 };
 
 TEST_F(Lifecycle, RefusesAnEmptyNameBeforeAnythingElse) {

@@ -6,8 +6,8 @@
 
 #include "events/guid_source.h"
 #include "orvel/analytics.h"
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "support/data_classes.h"
-#include "support/scripted_rpc_client.h"
 #include "support/session_access.h"
 
 namespace {
@@ -35,15 +35,15 @@ namespace {
 
 using Orvel::WideString;
 using Orvel::Analytics::Session::SessionAccess;
+using Orvel::Analytics::Testing::ScriptedEndpoint;
 using Orvel::TestSupport::field;
-using Orvel::TestSupport::RpcScript;
 using Orvel::TestSupport::TestDataClass;
 
 class RefreshFailure : public testing::Test {
   protected:
     RefreshFailure() { guidsLeft = 2; }
 
-    RpcScript script;
+    ScriptedEndpoint script;
 };
 
 TEST_F(RefreshFailure, IsRaisedBeforeAnythingIsSent) {

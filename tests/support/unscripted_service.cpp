@@ -1,14 +1,15 @@
-/// What the RPC client's double answers in a program without a script: a service that accepts
-/// everything and has one consent record, which no command changes.
+/// The service of a program that a test starts: it accepts everything and has one consent record,
+/// which no command changes.
 
+#include "orvel/analytics/testing/scripted_endpoint.h"
 #include "orvel/analytics/text.h"
-#include "support/scripted_rpc_client.h"
 
 namespace Orvel::TestSupport {
 namespace {
 
-using Relay::WideString;
-using Relay::WideStringView;
+using Analytics::Testing::Executed;
+using Analytics::Testing::Execution;
+using Analytics::Testing::ScriptedEndpoint;
 
 constexpr WideStringView kPermissions =
     ORVEL_TEXT(R"({"marketing":"Accepted","support":"Rejected","product_enhancement":"Unknown"})");
@@ -26,31 +27,26 @@ WideString record(const WideString& application) {
            ORVEL_TEXT(R"(,"processing_permissions":)") + WideString(kPermissions) + ORVEL_TEXT("}");
 }
 
+Execution answer(const Executed& executed) {
+    const WideString& command = executed.command;
+    const WideString application = command.substr(0, command.find(ORVEL_TEXT("::")));
+    if (command.ends_with(ORVEL_TEXT("::GET_CONSENT::"))) {
+        return {0, application + ORVEL_TEXT("::CONSENT_RECORD::") + record(application)};
+    }
+    if (command.ends_with(ORVEL_TEXT("::GET_PRIVACY_DOCUMENTS::"))) {
+        return {0, application + ORVEL_TEXT("::PRIVACY_DOCUMENTS::") + WideString(kDocuments)};
+    }
+    return ScriptedEndpoint::usualAnswer(executed);
+}
+
 class UnscriptedService {
   public:
-    UnscriptedService() {
-        script_.onExecute = [this](const Executed& executed) { answer(executed.command); };
-    }
+    UnscriptedService() { endpoint_.onUnscripted = answer; }
 
   private:
-    void answer(const WideString& command) {
-        const WideString application = command.substr(0, command.find(ORVEL_TEXT("::")));
-        if (command.ends_with(ORVEL_TEXT("::GET_CONSENT::"))) {
-            reply(application + ORVEL_TEXT("::CONSENT_RECORD::") + record(application));
-        } else if (command.ends_with(ORVEL_TEXT("::GET_PRIVACY_DOCUMENTS::"))) {
-            reply(application + ORVEL_TEXT("::PRIVACY_DOCUMENTS::") + WideString(kDocuments));
-        }
-    }
-
-    void reply(WideString text) {
-        script_.executions.resize(script_.executed.size() - 1);
-        script_.executions.push_back({0, std::move(text)});
-    }
-
-    RpcScript script_;
+    ScriptedEndpoint endpoint_;
 };
 
-/// In force wherever no test has made a script of its own.
 UnscriptedService service;
 
 }  // namespace
