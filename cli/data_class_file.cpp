@@ -65,7 +65,12 @@ class Watcher {
 
 Json parseJson(std::string_view text, const std::string& path) {
     try {
-        return Json::parse(text, Watcher(path));
+        Json document = Json::parse(text, Watcher(path));
+        // The parser takes a null character for the end of the text.
+        if (const std::size_t null = text.find('\0'); null != text.npos) {
+            fail(path + ":" + positionOf(text, null), "not JSON: a null character");
+        }
+        return document;
     } catch (const Json::parse_error& error) {
         // The parser counts the byte it stumbled over from 1.
         const std::size_t byte = error.byte == 0 ? 0 : error.byte - 1;

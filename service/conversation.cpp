@@ -1,6 +1,7 @@
 #include "service/conversation.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "service/batch.h"
 #include "service/calendar.h"
@@ -122,6 +123,9 @@ void Conversation::registerClass(WideStringView payload) {
     const DataClass dataClass = readRegistration(payloadText(payload));
     if (!settings_.access.mayUse(application_, dataClass.id)) {
         throw Refusal(ErrorNames::kDataclassIsNotAuthorizedForThisApplication);
+    }
+    if (std::cmp_greater(dataClass.fields.size(), settings_.limits.classFields)) {
+        throw Refusal(ErrorNames::kQuotaExceeded);
     }
     try {
         if (store_.registerClass(application_, dataClass) == Registered::kConflict) {

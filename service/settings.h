@@ -23,6 +23,8 @@ struct Limits {
     std::int64_t commandBytes = std::int64_t{64} << 20;
     /// The events of one batch.
     std::int64_t batchEvents = 100'000;
+    /// The fields of one data class: every event of a batch is held to each of them.
+    std::int64_t classFields = 1000;
     /// The events that are stored for one application on one day, by UTC; 0 is no limit.
     std::int64_t eventsPerDay = 1'000'000;
     /// What the database may hold, in bytes; 0 is no limit.

@@ -174,6 +174,7 @@ Take takeLimits(Limits& limits) {
         constexpr std::int64_t kDay = 86'400;
         add("command_bytes", limits.commandBytes, {4096, 1024 * kMebibyte});
         add("batch_events", limits.batchEvents, {1, 10'000'000});
+        add("class_fields", limits.classFields, {1, 100'000});
         add("events_per_day", limits.eventsPerDay, {1, 1'000'000'000'000, true});
         add("stored_bytes", limits.storedBytes, {kMebibyte, kMebibyte * kMebibyte, true});
         add("stored_days", limits.storedDays, {1, 36'500, true});

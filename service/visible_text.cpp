@@ -10,13 +10,13 @@ namespace Orvel::Service {
 
 namespace {
 
-struct Character {
+struct ShortCharacter {
     std::uint32_t point = 0;
     std::size_t bytes = 1;
 };
 
 /// The next character if it is of one to three bytes, which all that is searched for are.
-Character firstCharacter(std::string_view text) {
+ShortCharacter firstShortCharacter(std::string_view text) {
     const auto byte = [text](std::size_t index) {
         return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
     };
@@ -45,7 +45,7 @@ std::string visibleText(std::string_view text) {
     std::string out;
     out.reserve(text.size());
     while (!text.empty()) {
-        const Character character = firstCharacter(text);
+        const ShortCharacter character = firstShortCharacter(text);
         if (isSteering(character.point)) {
             fmt::format_to(std::back_inserter(out), "\\u{:04x}", character.point);
         } else {

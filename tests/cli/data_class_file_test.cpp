@@ -60,6 +60,15 @@ TEST(DataClassFileTest, TextThatIsNoJsonIsRefused) {
     }
 }
 
+TEST(DataClassFileTest, ANullCharacterDoesNotHideWhatFollowsIt) {
+    using namespace std::string_view_literals;
+    const std::string good = R"({"name":"","id":"","version":"","fields":[]})";
+    EXPECT_EQ(failureOf(good), "accepted");
+    EXPECT_EQ(failureOf(good + std::string("\0anything"sv)),
+              "class.json:1:45: not JSON: a null character");
+    EXPECT_THAT(failureOf("{\"name\":\0}"sv), HasSubstr("not JSON: "));
+}
+
 TEST(DataClassFileTest, AMissingMemberIsNamedWithItsPlace) {
     EXPECT_EQ(failureOf(R"({"id":"x","version":"1","fields":[]})"),
               "class.json: member \"name\" is missing");

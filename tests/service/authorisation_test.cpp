@@ -36,9 +36,9 @@ class AuthorisationTest : public testing::Test {
     std::string say(const std::string& text) {
         return toUtf8(conversation_.execute(WideString(kTarget), 0, wide(text)).text).value();
     }
-    std::string registerClass(const std::string& id) {
-        return say(R"(MyApp::REGISTER_DATACLASS::{"name":"","version":"1","fields":[],"id":")" +
-                   id + "\"}");
+    std::string registerClass(const std::string& id, const std::string& fields = "") {
+        return say(R"(MyApp::REGISTER_DATACLASS::{"name":"","version":"1","fields":[)" + fields +
+                   R"(],"id":")" + id + "\"}");
     }
     std::string collect(const std::string& data) {
         return say(
@@ -129,6 +129,16 @@ TEST_F(AuthorisationTest, BatchWithTooManyEventsIsRefusedAsAWhole) {
     EXPECT_THAT(stored(), testing::IsEmpty());
     EXPECT_EQ(collect(kEvent + "," + kEvent), "MyApp::SUCCESS::");
     EXPECT_EQ(collect(""), "MyApp::SUCCESS::");
+}
+
+TEST_F(AuthorisationTest, ClassWithTooManyFieldsIsRefused) {
+    say("MyApp::CONNECT_APP::");
+    settings_.limits.classFields = 2;
+    const std::string field = R"({"id":"a","name":"","type":"","nullable":""})";
+    EXPECT_EQ(registerClass("Evt", field + "," + field + "," + field),
+              refusal("MyApp::REGISTER_DATACLASS::", "QuotaExceeded"));
+    EXPECT_FALSE(store_.latestClass("MyApp", "Evt"));
+    EXPECT_EQ(registerClass("Evt", field + "," + field), "MyApp::SUCCESS::");
 }
 
 TEST_F(AuthorisationTest, BatchIsRefusedWhenTheErrorsOfItsEventsMightNotFitTheReply) {

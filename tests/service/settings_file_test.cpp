@@ -62,6 +62,7 @@ TEST_F(SettingsFileTest, ReadsEverySetting) {
         [limits]
         command_bytes = 1_000_000
         batch_events = 1
+        class_fields = 9
         events_per_day = 2
         stored_bytes = 3_000_000
         stored_days = 4
@@ -92,6 +93,7 @@ TEST_F(SettingsFileTest, ReadsEverySetting) {
                                              .telemetry = "file:///usr/share/doc/telemetry.html"},
                         .limits = {.commandBytes = 1'000'000,
                                    .batchEvents = 1,
+                                   .classFields = 9,
                                    .eventsPerDay = 2,
                                    .storedBytes = 3'000'000,
                                    .storedDays = 4,
@@ -122,13 +124,13 @@ TEST_F(SettingsFileTest, ExampleNamesEverySettingWithItsDefault) {
     EXPECT_EQ(readSettings(ORVEL_EXAMPLE_SETTINGS), Settings{});
     std::ifstream in(ORVEL_EXAMPLE_SETTINGS);
     const std::string example(std::istreambuf_iterator<char>(in), {});
-    for (const std::string name : {"device_serial_number", "country_code",    "tenant",
-                                   "consent_source",       "managed",         "process_data",
-                                   "socket_mode",          "socket_group",    "privacyurl",
-                                   "warrantyurl",          "telemetryurl",    "command_bytes",
-                                   "batch_events",         "events_per_day",  "stored_bytes",
-                                   "stored_days",          "connections",     "idle_seconds",
-                                   "stalled_seconds",      "transfer_seconds"}) {
+    for (const std::string name : {"device_serial_number", "country_code",     "tenant",
+                                   "consent_source",       "managed",          "process_data",
+                                   "socket_mode",          "socket_group",     "privacyurl",
+                                   "warrantyurl",          "telemetryurl",     "command_bytes",
+                                   "batch_events",         "events_per_day",   "stored_bytes",
+                                   "stored_days",          "connections",      "idle_seconds",
+                                   "stalled_seconds",      "transfer_seconds", "class_fields"}) {
         EXPECT_THAT(example, HasSubstr("\n" + name + " = "));
     }
 }
@@ -191,6 +193,7 @@ struct LimitRange {
 const std::vector<LimitRange> kLimitRanges = {
     {"command_bytes", &Limits::commandBytes, 4096, 1'073'741'824},
     {"batch_events", &Limits::batchEvents, 1, 10'000'000},
+    {"class_fields", &Limits::classFields, 1, 100'000},
     {"events_per_day", &Limits::eventsPerDay, 1, 1'000'000'000'000, true},
     {"stored_bytes", &Limits::storedBytes, 1'048'576, 1'099'511'627'776, true},
     {"stored_days", &Limits::storedDays, 1, 36'500, true},
