@@ -20,6 +20,7 @@ namespace Orvel::Fuzz {
 namespace {
 
 using Analytics::Session::SessionAccess;
+using TestSupport::Numbers;
 using TestSupport::PlainJson;
 using Kind = PlainJson::Kind;
 namespace Names = Service::ErrorNames;
@@ -47,7 +48,7 @@ std::string textOf(const PlainJson& object, const char* name, bool& complete) {
 }
 
 Reading readByModel(const std::string& document) {
-    const auto json = TestSupport::readPlainJson(document, Service::kDeepestJson);
+    const auto json = TestSupport::readPlainJson(document, Service::kDeepestJson, Numbers::kAny);
     if (!json || json->kind != Kind::kObject) {
         return {std::nullopt, Names::kMalformedJson};
     }

@@ -17,34 +17,82 @@ using Json = nlohmann::json;
 constexpr char kStringMark = '$';
 constexpr char kNumberMark = '#';
 
-/// The JSON library gives numbers as what they mean, but how they were written counts: so each
-/// number of a text becomes a string, and a mark tells them from the strings that were there.
-std::string marked(std::string_view json) {
+/// Whether the text is a number of JSON, of any size.
+bool isNumber(std::string_view text) {
+    const auto take = [&text](std::string_view anyOf) {
+        const bool isOne = !text.empty() && anyOf.find(text.front()) != std::string_view::npos;
+        text.remove_prefix(isOne ? 1 : 0);
+        return isOne;
+    };
+    const auto takeDigits = [&text] {
+        const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+        text.remove_prefix(digits);
+        return digits > 0;
+    };
+    take("-");
+    if (!take("0") && !takeDigits()) {
+        return false;
+    }
+    if (take(".") && !takeDigits()) {
+        return false;
+    }
+    if (take("eE")) {
+        take("+-");
+        return takeDigits() && text.empty();
+    }
+    return text.empty();
+}
+
+std::size_t endOfString(std::string_view json, std::size_t at) {
+    for (++at; at < json.size() && json[at] != '"'; ++at) {
+        if (json[at] == '\\') {
+            ++at;
+        }
+    }
+    return std::min(at + 1, json.size());
+}
+
+/// The text with something else for each of its strings, quotes included, and numbers.
+template <typename OfString, typename OfNumber>
+std::string rewritten(std::string_view json, OfString ofString, OfNumber ofNumber) {
     constexpr std::string_view kOfNumbers = "+-.0123456789eE";
     std::string out;
-    for (std::size_t at = 0; at < json.size(); ++at) {
+    for (std::size_t at = 0; at < json.size();) {
+        std::size_t end = at + 1;
         if (json[at] == '"') {
-            out += '"';
-            out += kStringMark;
-            while (json[++at] != '"') {
-                out += json[at];
-                if (json[at] == '\\') {
-                    out += json[++at];
-                }
-            }
-            out += '"';
+            end = endOfString(json, at);
+            out += ofString(json.substr(at, end - at));
         } else if (json[at] == '-' || (json[at] >= '0' && json[at] <= '9')) {
-            const std::size_t end = std::min(json.find_first_not_of(kOfNumbers, at), json.size());
-            out += '"';
-            out += kNumberMark;
-            out += json.substr(at, end - at);
-            out += '"';
-            at = end - 1;
+            end = std::min(json.find_first_not_of(kOfNumbers, at), json.size());
+            out += ofNumber(json.substr(at, end - at));
         } else {
             out += json[at];
         }
+        at = end;
     }
     return out;
+}
+
+/// The JSON library gives numbers as what they mean, but how they were written counts: so each
+/// number of a text becomes a string, and a mark tells them from the strings that were there.
+std::string marked(std::string_view json) {
+    return rewritten(
+        json,
+        [](std::string_view text) {
+            return std::string{'"', kStringMark}.append(text.substr(1));
+        },
+        [](std::string_view number) {
+            return std::string{'"', kNumberMark}.append(number).append("\"");
+        });
+}
+
+bool isJson(std::string_view text, Numbers numbers) {
+    if (numbers == Numbers::kOfDouble) {
+        return Json::accept(text);
+    }
+    return Json::accept(rewritten(
+        text, [](std::string_view string) { return string; },
+        [](std::string_view number) { return isNumber(number) ? "0" : number; }));
 }
 
 bool isTooSmall(const std::string& number) {
@@ -55,7 +103,7 @@ bool isTooSmall(const std::string& number) {
 
 class Builder final : public nlohmann::json_sax<Json> {
   public:
-    explicit Builder(std::size_t deepest) : deepest_(deepest) {}
+    Builder(std::size_t deepest, Numbers numbers) : deepest_(deepest), numbers_(numbers) {}
 
     PlainJson take() { return std::move(root_); }
 
@@ -64,12 +112,12 @@ class Builder final : public nlohmann::json_sax<Json> {
         return add({Kind::kBoolean, value ? "true" : "false", {}, {}});
     }
     bool string(std::string& value) override {
-        const bool isNumber = value.front() == kNumberMark;
+        const bool ofNumber = value.front() == kNumberMark;
         std::string text = value.substr(1);
-        if (isNumber && isTooSmall(text)) {
+        if (ofNumber && numbers_ == Numbers::kOfDouble && isTooSmall(text)) {
             return false;
         }
-        return add({isNumber ? Kind::kNumber : Kind::kString, std::move(text), {}, {}});
+        return add({ofNumber ? Kind::kNumber : Kind::kString, std::move(text), {}, {}});
     }
     bool key(std::string& name) override {
         open_.back().name = name.substr(1);
@@ -118,6 +166,7 @@ class Builder final : public nlohmann::json_sax<Json> {
     }
 
     std::size_t deepest_;
+    Numbers numbers_;
     PlainJson root_;
     std::vector<Open> open_;
 };
@@ -196,13 +245,14 @@ PlainJson plainObject(std::string name, PlainJson value) {
     return object;
 }
 
-std::optional<PlainJson> readPlainJson(std::string_view text, std::size_t deepest) {
+std::optional<PlainJson> readPlainJson(std::string_view text, std::size_t deepest,
+                                       Numbers numbers) {
     // The JSON library skips a byte order mark, and takes a null character for the text's end.
     if (text.starts_with("\xEF\xBB\xBF") || text.find('\0') != std::string_view::npos ||
-        !Json::accept(text)) {
+        !isJson(text, numbers)) {
         return std::nullopt;
     }
-    Builder builder(deepest);
+    Builder builder(deepest, numbers);
     if (!Json::sax_parse(marked(text), &builder)) {
         return std::nullopt;
     }

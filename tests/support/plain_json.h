@@ -34,11 +34,17 @@ struct PlainJson {
 /// An object with one member.
 [[nodiscard]] PlainJson plainObject(std::string name, PlainJson value);
 
+/// Which numbers a text may hold: those that double can hold, or all, which are kept as written.
+enum class Numbers { kOfDouble, kAny };
+
 /// Reads a text of JSON (RFC 8259). Of members with equal names the last one's value counts, in the
 /// place of the first.
-/// @return nothing when the text is no JSON, begins with a byte order mark, nests deeper, or holds
-///     a number beyond the range of double, one too small to tell from zero included.
-[[nodiscard]] std::optional<PlainJson> readPlainJson(std::string_view text, std::size_t deepest);
+/// @return nothing when the text is no JSON, begins with a byte order mark, nests deeper, or,
+/// unless
+///     it may hold any, holds a number beyond the range of double, one too small to tell from zero
+///     included.
+[[nodiscard]] std::optional<PlainJson> readPlainJson(std::string_view text, std::size_t deepest,
+                                                     Numbers numbers = Numbers::kOfDouble);
 
 /// The value without blanks and with no escapes but the necessary ones, in their short form where
 /// there is one.
