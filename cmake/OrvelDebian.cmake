@@ -16,8 +16,10 @@ set(debian_build ${PROJECT_BINARY_DIR}/debian)
 # number can be installed beside.
 get_target_property(library_abi orvel-analytics SOVERSION)
 get_target_property(rpc_client_abi orvel-rpc-client SOVERSION)
+get_target_property(testing_abi orvel-analytics-testing SOVERSION)
 set(library_package liborvel-analytics${library_abi})
 set(rpc_client_package liborvel-rpc-client${rpc_client_abi})
+set(testing_package liborvel-analytics-testing${testing_abi})
 set(development_package liborvel-analytics-dev)
 set(service_package orvel-analytics)
 
@@ -33,6 +35,7 @@ endfunction()
 
 orvel_debian_library(library liborvel-analytics ${library_abi})
 orvel_debian_library(rpc_client liborvel-rpc-client ${rpc_client_abi})
+orvel_debian_library(testing liborvel-analytics-testing ${testing_abi})
 list(TRANSFORM "conffiles;postinst;prerm;postrm" PREPEND ${debian_files}/service/
      OUTPUT_VARIABLE CPACK_DEBIAN_SERVICE_PACKAGE_CONTROL_EXTRA)
 
@@ -52,15 +55,17 @@ endforeach()
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RPC_CLIENT_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_TESTING_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_SECTION utils)
 
 # What the packages need of each other; what their programs need of the system is found in them.
 set(libraries_of_this_version "${library_package} (= ${debian_version}), \
 ${rpc_client_package} (= ${debian_version})")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${libraries_of_this_version}")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "${libraries_of_this_version}, ${testing_package} (= ${debian_version})")
 set(CPACK_DEBIAN_SERVICE_PACKAGE_DEPENDS "${libraries_of_this_version}, adduser")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "${service_package}")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "${service_package}, libgmock-dev")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src
                                                 ${PROJECT_BINARY_DIR}/relay)
@@ -80,13 +85,20 @@ analytics service. It is a library of its own, so that a program may bring
 another.
 .
 This package contains the shared library.")
+set(CPACK_COMPONENT_TESTING_DESCRIPTION
+    "scripted analytics service for the tests of applications
+The tests of an application link this library in place of the RPC client
+library: it is an analytics service inside the test, which records what the
+application reports and answers as the test says.
+.
+This package contains the shared library.")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "client library of the local analytics service (development files)
 Applications report their events through this library to the analytics service
 of the machine that they run on.
 .
 This package contains the headers, and what CMake and pkg-config need to know,
-of the analytics library and of the RPC client library.")
+of the analytics library, of the RPC client library and of the testing library.")
 set(CPACK_COMPONENT_SERVICE_DESCRIPTION
     "local analytics service and its command-line tool
 The service receives what the applications of one machine report, checks it and

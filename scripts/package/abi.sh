@@ -2,7 +2,7 @@
 # Holds the libraries' interface against the recorded one; see docs/abi.md. Runs inside the system
 # that builds the packages, so that it is always the same compiler that speaks. Sourced by package.sh.
 
-abiLibraries=(src/liborvel-analytics relay/liborvel-rpc-client)
+abiLibraries=(src/liborvel-analytics relay/liborvel-rpc-client testing/liborvel-analytics-testing)
 # Places in sources and folders would only make the record change; packaging/abi/foreign.suppr names
 # what is not the project's own.
 foreignTypes=(--suppressions /build/source/packaging/abi/foreign.suppr)

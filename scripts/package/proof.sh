@@ -105,7 +105,7 @@ namesFollowSonames() {
         dpkg-deb --ctrl-tarfile "$package" | tar --extract --to-stdout ./triggers | grep -q ldconfig
         found=$((found + 1))
     done
-    [ "$found" -eq 2 ]
+    [ "$found" -eq "${#abiLibraries[@]}" ]
 }
 
 dependenciesWereFound() {
@@ -117,6 +117,7 @@ dependenciesWereFound() {
     [[ $library == *libyyjson0* && $library == *libc6* && $library != *sqlite* ]]
     [[ $service == *libsqlite3-0* && $service == *libfmt* && $service == *"liborvel-analytics0 (= "* ]]
     [[ $development == *"liborvel-analytics0 (= "* && $development == *"liborvel-rpc-client0 (= "* ]]
+    [[ $development == *"liborvel-analytics-testing0 (= "* ]]
 }
 
 # --- Installing
@@ -319,7 +320,8 @@ proveUpgrade() {
 upgrade() {
     local package
     aptInRoot "$proofRoot" install --yes $(inPackages 'upgrade/*') </dev/null
-    for package in orvel-analytics liborvel-analytics0 liborvel-rpc-client0 liborvel-analytics-dev; do
+    for package in orvel-analytics liborvel-analytics0 liborvel-rpc-client0 \
+        liborvel-analytics-testing0 liborvel-analytics-dev; do
         [[ $(packageVersion "$package") == *-2 ]]
     done
 }
@@ -359,7 +361,7 @@ installAgain() {
 purgeEverything() {
     local left
     aptInRoot "$proofRoot" purge --yes orvel-analytics liborvel-analytics-dev liborvel-analytics0 \
-        liborvel-rpc-client0
+        liborvel-analytics-testing0 liborvel-rpc-client0
     left=$(inProof sh -c 'find / -xdev -iname "*orvel*" -not -path "/packages/*" -not -path "/proof/*"
         getent passwd orvel-analytics; getent group orvel-analytics orvel-clients
         ldconfig -p | grep orvel; dpkg-query --list "*orvel*" 2>/dev/null | grep "^[^u]n"' || true)

@@ -16,7 +16,7 @@ endfunction()
 file(REMOVE_RECURSE ${WORK_DIR})
 installed(whole whole)
 list(LENGTH whole count)
-if(count LESS 30)
+if(count LESS 40)
   message(FATAL_ERROR "Only ${count} files were installed.")
 endif()
 foreach(component IN LISTS COMPONENTS)
@@ -50,14 +50,16 @@ endfunction()
 # What a program needs to run is in a library's component, what it takes to link is not.
 held(library "/liborvel-analytics\\.so\\.[0-9]+$" "/liborvel-analytics\\.so\\.[0-9.]+$")
 held(rpc_client "/liborvel-rpc-client\\.so\\.[0-9]+$")
+held(testing "/liborvel-analytics-testing\\.so\\.[0-9]+$")
 held(development "/liborvel-analytics\\.so$" "/liborvel-rpc-client\\.so$" "/orvel-analytics\\.pc$"
      "/orvel-rpc-client\\.pc$" "/OrvelAnalyticsConfig\\.cmake$" "/orvel/analytics\\.h$"
-     "/orvel/relay/rpc_client\\.h$")
+     "/orvel/relay/rpc_client\\.h$" "/orvel/analytics/testing\\.h$"
+     "/liborvel-analytics-testing\\.so$")
 held(service "bin/orvel-analytics$" "bin/orvel-analyticsd$" "/orvel-analyticsd\\.socket$"
      "/orvel-analyticsd\\.service$" "/settings\\.toml$" "/man1/orvel-analytics\\.1$"
      "/man8/orvel-analyticsd\\.8$" "/completions/orvel-analytics$"
      "/completions/orvel-analyticsd$")
-foreach(component library rpc_client)
+foreach(component library rpc_client testing)
   list(FILTER files_of_${component} EXCLUDE REGEX "\\.so\\.[0-9.]+$")
   if(files_of_${component})
     message(SEND_ERROR "${component} has more than its library: ${files_of_${component}}")
