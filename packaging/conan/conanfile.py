@@ -24,7 +24,7 @@ class OrvelAnalyticsConan(ConanFile):
         self.version = re.search(r"project\([^)]*?VERSION ([0-9.]+)", project).group(1)
 
     def export_sources(self):
-        for pattern in ("CMakeLists.txt", "cmake/*", "include/*", "relay/*", "src/*"):
+        for pattern in ("CMakeLists.txt", "cmake/*", "include/*", "relay/*", "src/*", "testing/*"):
             copy(self, pattern, self._sources, self.export_sources_folder)
 
     def config_options(self):
@@ -41,6 +41,7 @@ class OrvelAnalyticsConan(ConanFile):
     def requirements(self):
         if self.settings.os != "Windows":
             self.requires("yyjson/[>=0.10 <1]")
+            self.requires("nlohmann_json/[>=3.11 <4]")
 
     def validate(self):
         check_min_cppstd(self, 20)
@@ -77,6 +78,12 @@ class OrvelAnalyticsConan(ConanFile):
             analytics.requires = ["rpc_client"]
         else:
             analytics.requires = ["yyjson::yyjson"]
+            testing = self.cpp_info.components["testing"]
+            testing.set_property("cmake_target_name", "Orvel::AnalyticsTesting")
+            testing.libs = ["orvel-analytics-testing"]
+            testing.requires = ["nlohmann_json::nlohmann_json"]
+            if not self.options.shared:
+                testing.defines = ["ORVEL_ANALYTICS_TESTING_STATIC", "ORVEL_RELAY_STATIC"]
         if not self.options.shared:
             analytics.defines = ["ORVEL_ANALYTICS_STATIC"]
             client.defines = ["ORVEL_RELAY_STATIC"]
