@@ -83,7 +83,7 @@ class OrvelAnalyticsConan(ConanFile):
             testing.libs = ["orvel-analytics-testing"]
             testing.requires = ["nlohmann_json::nlohmann_json"]
             if not self.options.shared:
-                testing.defines = ["ORVEL_ANALYTICS_TESTING_STATIC", "ORVEL_RELAY_STATIC"]
+                testing.defines = ["ORVEL_ANALYTICS_TESTING_STATIC"]
         if not self.options.shared:
             analytics.defines = ["ORVEL_ANALYTICS_STATIC"]
             client.defines = ["ORVEL_RELAY_STATIC"]
