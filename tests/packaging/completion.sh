@@ -35,7 +35,7 @@ expect() {
     }
 }
 
-expect 'consent documents report' orvel-analytics ''
+expect 'check consent documents generate report' orvel-analytics ''
 expect '--help --version' orvel-analytics --
 expect 'report' orvel-analytics re
 expect 'get set' orvel-analytics consent ''

@@ -16,6 +16,9 @@
 /// @file
 /// JSON texts of single values (RFC 8259), for typed events. An application has no need of it.
 
+/// @namespace Orvel::Analytics::TypedEvents::JsonText
+/// What the values are written with.
+
 namespace Orvel::Analytics::TypedEvents::JsonText {
 
 /// No character: what stands at the beginning of a text is not well-formed.

@@ -14,6 +14,9 @@
 /// @file
 /// What the classes that `orvel-analytics generate` writes are made of.
 
+/// @namespace Orvel::Analytics::TypedEvents
+/// What generated classes are made of, and the values that their events take.
+
 namespace Orvel::Analytics::TypedEvents {
 
 /// A wide literal as a text, whatever characters it holds.
