@@ -144,7 +144,8 @@ makeWindowsHeaders() {
 # the project link: a tenth of what there is, which would take longer to make than all the rest.
 makeWindowsLibraries() {
     local target=$1 kind made=(kernel32 m mingw32 mingwex moldname shell32 uuid) only library
-    local copied=(advapi32 comdlg32 gdi32 msvcrt ole32 oleaut32 runtimeobject ucrt user32 winspool)
+    local copied=(advapi32 bcrypt comdlg32 gdi32 msvcrt ole32 oleaut32 runtimeobject ucrt user32)
+    copied+=(winspool)
     case $target in
         aarch64*) kind=arm64 only=(--disable-lib32 --disable-lib64 --enable-libarm64) ;;
         *) kind=64 only=(--disable-lib32 --enable-lib64) ;;
