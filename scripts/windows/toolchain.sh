@@ -49,7 +49,7 @@ requireToolchain() {
 }
 
 makeToolchain() {
-    local target
+    local target job jobs=() failed=0
     cd "$toolchainWork"
     fetchToolchainSources
     for target in "${windowsTargets[@]}"; do
@@ -57,16 +57,26 @@ makeToolchain() {
     done
     PATH=$ORVEL_WINDOWS_TOOLCHAIN/bin:$PATH
     makeWindowsHeaders
+    # Side by side, because a configuration keeps one core busy.
     for target in "${windowsTargets[@]}"; do
-        printf '%s: C runtime, ' "$target"
-        makeWindowsLibraries "$target"
-        printf 'compiler runtime, '
-        makeCompilerRuntime "$target"
-        printf 'C++ runtime, '
-        makeCxxRuntime "$target"
-        printf 'libraries of tests and tool\n'
-        makeTargetLibraries "$target"
+        makeTarget "$target" &
+        jobs+=($!)
     done
+    for job in "${jobs[@]}"; do
+        wait "$job" || failed=1
+    done
+    return "$failed"
+}
+
+makeTarget() {
+    makeWindowsLibraries "$1"
+    echo "$1: C runtime"
+    makeCompilerRuntime "$1"
+    echo "$1: compiler runtime"
+    makeCxxRuntime "$1"
+    echo "$1: C++ runtime"
+    makeTargetLibraries "$1"
+    echo "$1: libraries of tests and tool"
 }
 
 fetchToolchainSources() {
