@@ -36,8 +36,8 @@ endfunction()
 orvel_debian_library(library liborvel-analytics ${library_abi})
 orvel_debian_library(rpc_client liborvel-rpc-client ${rpc_client_abi})
 orvel_debian_library(testing liborvel-analytics-testing ${testing_abi})
-list(TRANSFORM "conffiles;postinst;prerm;postrm" PREPEND ${debian_files}/service/
-     OUTPUT_VARIABLE CPACK_DEBIAN_SERVICE_PACKAGE_CONTROL_EXTRA)
+set(CPACK_DEBIAN_SERVICE_PACKAGE_CONTROL_EXTRA conffiles postinst prerm postrm)
+list(TRANSFORM CPACK_DEBIAN_SERVICE_PACKAGE_CONTROL_EXTRA PREPEND ${debian_files}/service/)
 
 # What every package has to say of itself.
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
