@@ -92,7 +92,7 @@ lintianIsContent() {
 
 namesFollowSonames() {
     local package library soname found=0
-    for package in "$packageFolder"/lib*[0-9]_*.deb; do
+    for package in "$packageFolder"/lib*[0-9]_*_*.deb; do
         library=$(packageFiles "$package" | grep -E '/lib[^/]*\.so\.[0-9]+$')
         dpkg-deb --fsys-tarfile "$package" | tar --extract --to-stdout \
             "$(packageFiles "$package" | grep -E '\.so\.[0-9]+\.[0-9.]+$')" >"$packageFolder/library"

@@ -133,8 +133,8 @@ TEST(TypedValue, ANumberIsReadBackUnchanged) {
 }
 
 TEST(TypedValue, ANumberThatIsNotFiniteIsRefused) {
-    EXPECT_THAT(invalid([] { Value(std::nan("")); }), HasSubstr("not finite"));
-    EXPECT_THAT(invalid([] { Value(std::numeric_limits<double>::infinity()); }),
+    EXPECT_THAT(invalid([] { return Value(std::nan("")); }), HasSubstr("not finite"));
+    EXPECT_THAT(invalid([] { return Value(std::numeric_limits<double>::infinity()); }),
                 HasSubstr("not finite"));
 }
 
