@@ -27,6 +27,14 @@ if(ORVEL_SANITIZE)
   add_link_options(-fsanitize=${ORVEL_SANITIZE})
 endif()
 
+# orvel_compile_together(TARGET) lets sanitized builds compile a library's files in groups, which takes
+# half the time. A file that includes too little shows in the other builds.
+function(orvel_compile_together target)
+  if(ORVEL_SANITIZE)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON)
+  endif()
+endfunction()
+
 # Warnings for code of the project, never for what it includes.
 function(orvel_warnings target)
   if(ORVEL_SANITIZE)

@@ -136,10 +136,10 @@ void ScriptedServer::startOver() {
 }
 
 std::size_t ScriptedServer::fillQueue() {
-    constexpr TimePoint kAtOnce{};
+    constexpr TimePoint kLongAgo{};
     for (;;) {
         auto another = Client::makeTransport({path()}, Client::systemWaiter());
-        if (another->connect(kAtOnce) != Status::kSuccess) {
+        if (another->connect(kLongAgo) != Status::kSuccess) {
             return queue_.size();
         }
         queue_.push_back(std::move(another));

@@ -45,8 +45,8 @@ class ORVEL_ANALYTICS_EXPORT DataClassFieldInfo {
 /// A data class: its name, identifier, version, point in time and fields. An application derives
 /// its own classes from it and owns their objects; the library borrows a pointer for the length of
 /// one call and never deletes one, which is why the destructor is not virtual: do not delete an
-/// object through a pointer to this class. The library only reads an object: several threads may use
-/// one as long as nobody changes it.
+/// object through a pointer to this class. The library only reads an object: several threads may
+/// use one as long as nobody changes it.
 class ORVEL_ANALYTICS_EXPORT BaseDataClass {
   public:
     /// Every text empty; `dateTime` is the current time.
