@@ -1,6 +1,5 @@
 #include "testing/documents.h"
 
-#include <ostream>
 #include <utility>
 
 #include "testing/json_string.h"
@@ -142,11 +141,6 @@ WideString addressesDocument(const PrivacyDocuments& documents) {
         .text(ORVEL_TEXT("warrantyurl"), documents.warrantyUrl)
         .text(ORVEL_TEXT("telemetryurl"), documents.telemetryUrl)
         .finish();
-}
-
-std::ostream& operator<<(std::ostream& out, const Event& event) {
-    return out << event.dataClass << ' ' << event.values << ", time " << Value(event.time)
-               << ", version " << Value(event.version);
 }
 
 }  // namespace Orvel::Analytics::Testing

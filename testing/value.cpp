@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <ostream>
 #include <stdexcept>
 #include <utility>
 
@@ -145,7 +144,5 @@ bool Value::operator==(const Value& other) const noexcept {
         return value != nullptr && *find(name) == *value;
     });
 }
-
-std::ostream& operator<<(std::ostream& out, const Value& value) { return out << value.json(); }
 
 }  // namespace Orvel::Analytics::Testing

@@ -2,12 +2,11 @@
 #define ORVEL_ANALYTICS_TESTING_RECORDS_H
 
 #include <cstdint>
-#include <iosfwd>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "orvel/analytics/processing_permissions.h"
-#include "orvel/analytics/testing/export.h"
 #include "orvel/analytics/testing/value.h"
 
 /// @file
@@ -62,7 +61,10 @@ struct Event {
 };
 
 /// Writes an event in one line, which is how GoogleTest prints one.
-ORVEL_ANALYTICS_TESTING_EXPORT std::ostream& operator<<(std::ostream& out, const Event& event);
+inline std::ostream& operator<<(std::ostream& out, const Event& event) {
+    return out << event.dataClass << ' ' << event.values << ", time " << Value(event.time)
+               << ", version " << Value(event.version);
+}
 
 /// One `SendEvents` that arrived.
 struct Batch {

@@ -4,8 +4,8 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <iosfwd>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -142,7 +142,10 @@ class ORVEL_ANALYTICS_TESTING_EXPORT Value {
 };
 
 /// Writes a value as `Value::json` gives it, which is how GoogleTest prints one.
-ORVEL_ANALYTICS_TESTING_EXPORT std::ostream& operator<<(std::ostream& out, const Value& value);
+// Not in the library: a DLL may have a C++ runtime of its own, in which this stream is none.
+inline std::ostream& operator<<(std::ostream& out, const Value& value) {
+    return out << value.json();
+}
 
 }  // namespace Orvel::Analytics::Testing
 
