@@ -53,4 +53,8 @@ std::string utcText(std::chrono::milliseconds time) {
                        clock.subseconds().count());
 }
 
+std::string utcText(std::int64_t milliseconds) {
+    return utcText(std::chrono::milliseconds{milliseconds});
+}
+
 }  // namespace Orvel::Service

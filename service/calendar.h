@@ -24,6 +24,8 @@ std::int64_t utcDay(std::chrono::milliseconds time);
 
 /// Such as 2026-11-20T23:24:21.123Z.
 std::string utcText(std::chrono::milliseconds time);
+/// The same of a time as it is stored.
+std::string utcText(std::int64_t milliseconds);
 
 }  // namespace Orvel::Service
 

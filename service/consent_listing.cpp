@@ -13,10 +13,6 @@ namespace Orvel::Service {
 
 namespace {
 
-std::string timeText(std::int64_t milliseconds) {
-    return utcText(std::chrono::milliseconds{milliseconds});
-}
-
 std::string recordText(const Settings& settings, const std::optional<GivenConsent>& given) {
     std::string text;
     const auto add = [&text](std::string_view name, std::string_view value) {
@@ -46,7 +42,7 @@ std::string stepText(const std::string& before, const std::string& after) {
 }
 
 std::string changeText(const ConsentChange& change) {
-    return fmt::format(fmt::runtime(kColumns), timeText(change.received),
+    return fmt::format(fmt::runtime(kColumns), utcText(change.received),
                        visibleText(change.application), change.peerUser,
                        stepText(change.before.marketing, change.after.marketing),
                        stepText(change.before.support, change.after.support),
@@ -55,7 +51,7 @@ std::string changeText(const ConsentChange& change) {
 
 std::string changeJson(const ConsentChange& change) {
     const std::string line = JsonObjectText()
-                                 .text("timestamp", timeText(change.received))
+                                 .text("timestamp", utcText(change.received))
                                  .text("application", change.application)
                                  .json("uid", std::to_string(change.peerUser))
                                  .text("consent_source", change.source)

@@ -13,10 +13,6 @@ namespace Orvel::Service {
 
 namespace {
 
-std::string timeText(std::int64_t milliseconds) {
-    return utcText(std::chrono::milliseconds{milliseconds});
-}
-
 std::string jsonLine(const JsonObjectText& object) {
     return visibleText(singleLine(object.finish())) + "\n";
 }
@@ -25,7 +21,7 @@ std::string eventJson(const EventRow& event) {
     JsonObjectText line;
     // A text, because few readers of JSON keep all the digits of such a number.
     line.text("id", std::to_string(event.id))
-        .text("received", timeText(event.received))
+        .text("received", utcText(event.received))
         .text("application", event.application)
         .text("application_version", event.applicationVersion)
         .text("session", event.session)
@@ -54,7 +50,7 @@ std::string eventText(const EventRow& event) {
     if (!event.error.empty()) {
         content = fmt::format("{} at {}: {}", event.error, event.path, content);
     }
-    return fmt::format(fmt::runtime(kEventColumns), timeText(event.received),
+    return fmt::format(fmt::runtime(kEventColumns), utcText(event.received),
                        visibleText(event.application), visibleText(event.className.value_or("-")),
                        event.error.empty() ? event.time : "refused", visibleText(content));
 }
@@ -66,8 +62,8 @@ std::string classJson(const ClassRow& row) {
                         .text("version", row.version)
                         .text("name", row.name)
                         .json("fields", row.fields)
-                        .text("first_registered", timeText(row.firstRegistered))
-                        .text("last_registered", timeText(row.lastRegistered))
+                        .text("first_registered", utcText(row.firstRegistered))
+                        .text("last_registered", utcText(row.lastRegistered))
                         .boolean("latest", row.latest));
 }
 
@@ -75,7 +71,7 @@ std::string classText(const ClassRow& row) {
     std::string text =
         fmt::format("{} {} ({}) of {}, registered {}{}\n", visibleText(row.id),
                     visibleText(row.version), visibleText(row.name), visibleText(row.application),
-                    timeText(row.lastRegistered), row.latest ? ", latest" : "");
+                    utcText(row.lastRegistered), row.latest ? ", latest" : "");
     for (const Field& field : readFieldsText(row.fields)) {
         text += fmt::format("    {:<20}  {:<16}  {:<12}  {}\n", visibleText(field.id),
                             visibleText(field.type), "nullable " + visibleText(field.nullable),

@@ -13,8 +13,7 @@ namespace Orvel::Service {
 namespace {
 
 std::optional<std::string> timeText(std::optional<std::int64_t> milliseconds) {
-    return milliseconds ? std::optional{utcText(std::chrono::milliseconds{*milliseconds})}
-                        : std::nullopt;
+    return milliseconds ? std::optional{utcText(*milliseconds)} : std::nullopt;
 }
 
 std::string removalText(const Removal& removal) {

@@ -5,13 +5,7 @@
 
 include(${SOURCE_DIR}/tests/typed_events/code_block.cmake)
 
-function(run)
-  execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE status)
-  if(NOT status EQUAL 0)
-    message(FATAL_ERROR "${ARGN}\nended with ${status}\n${out}${err}")
-  endif()
-  set(out "${out}" PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 
 # Builds, and holds that the build's output has or has not what is named.
 function(build expectation text)
