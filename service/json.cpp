@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <new>
 #include <stdexcept>
@@ -28,8 +29,27 @@ constexpr std::array<std::uint8_t, 256> kUnits = [] {
     return units;
 }();
 
+constexpr std::size_t kBlock = 16;
+
+/// Whether each of the block's characters is one code unit. Compilers make a few wide instructions
+/// of it.
+bool isPlainBlock(const char* characters) {
+    std::array<std::uint8_t, kBlock> block;
+    std::memcpy(block.data(), characters, sizeof block);
+    std::uint8_t found = 0;
+    for (const std::uint8_t byte : block) {
+        found = static_cast<std::uint8_t>(
+            found | ((byte < 0x20) | (byte >= 0x80) | (byte == '"') | (byte == '\\')));
+    }
+    return found == 0;
+}
+
 std::size_t escapedLength(std::string_view characters) {
     std::size_t units = 0;
+    while (characters.size() >= kBlock && isPlainBlock(characters.data())) {
+        units += kBlock;
+        characters.remove_prefix(kBlock);
+    }
     for (const char character : characters) {
         units += kUnits[static_cast<unsigned char>(character)];
     }
@@ -86,6 +106,10 @@ bool JsonValue::nestsDeeper(std::size_t levels) const {
     }
     if (levels == 0) {
         return true;
+    }
+    // All that it holds stands behind it, and nests no deeper than there are values.
+    if (static_cast<std::size_t>(unsafe_yyjson_get_next(value_) - value_) <= levels) {
+        return false;
     }
     bool deeper = false;
     const auto look = [&deeper, levels](JsonValue value) {

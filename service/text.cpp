@@ -12,7 +12,7 @@ bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit <= 0xDB
 bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
 /// Texts are converted by blocks of this many code units, most of which are ASCII alone.
-constexpr std::size_t kBlock = 32;
+constexpr std::size_t kBlock = 128;
 
 bool isAsciiBlock(const WideChar* units) {
     std::uint32_t bits = 0;
