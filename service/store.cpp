@@ -52,15 +52,6 @@ std::int64_t lastId(const Database& database) {
     return statement.integer(0);
 }
 
-/// A batch that somebody waits for to be stored.
-struct IncomingBatch {
-    const Session& session;
-    std::uint32_t peerUser;
-    const std::vector<JudgedEvent>& events;
-    /// Why it was not stored, if it was not.
-    std::exception_ptr failure;
-};
-
 }  // namespace
 
 class Store::Impl {
@@ -85,6 +76,15 @@ class Store::Impl {
     bool removeSome(std::int64_t mostBatches);
 
   private:
+    /// A batch that somebody waits for to be stored.
+    struct IncomingBatch {
+        const Session& session;
+        std::uint32_t peerUser;
+        const std::vector<JudgedEvent>& events;
+        /// Why it was not stored, if it was not.
+        std::exception_ptr failure;
+    };
+
     std::int64_t applicationId(std::string_view name);
     void makeRoom(std::chrono::milliseconds now, std::int64_t last);
     void storeBatches(const std::vector<IncomingBatch*>& batches);

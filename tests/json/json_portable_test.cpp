@@ -9,6 +9,7 @@
 #include "json/portable/arena.h"
 #include "json/raise.h"
 #include "orvel/analytics/hresult_error.h"
+#include "parsing.h"
 #include "support/raised_status.h"
 
 namespace {
@@ -18,22 +19,6 @@ using Orvel::WideStringView;
 using Orvel::TestSupport::raisedStatus;
 using testing::PrintToString;
 using namespace Orvel::Analytics::Json;
-
-std::uint32_t parseStatus(WideStringView text) {
-    Document document;
-    return raisedStatus([&] { static_cast<void>(document.parseObject(text)); });
-}
-
-WideString reserialised(WideStringView text) {
-    Document document;
-    return document.parseObject(text).stringify();
-}
-
-WideString nested(std::size_t depth) {
-    WideString text = ORVEL_TEXT("{\"a\":");
-    text.append(depth - 1, '[').append(depth - 1, ']');
-    return text + ORVEL_TEXT("}");
-}
 
 TEST(PortableJson, RefusesMalformedNumbers) {
     for (const WideStringView text :

@@ -11,9 +11,6 @@
 #include "support/temporary_folder.h"
 
 namespace Orvel::TestSupport {
-namespace {
-
-namespace Server = Relay::Server;
 
 /// What the conversations share. Nothing that a server's thread has allocated is freed before the
 /// end, so that the test's thread can count what is its own.
@@ -23,6 +20,10 @@ struct Book {
     std::size_t forgotten = 0;
     WideString answer;
 };
+
+namespace {
+
+namespace Server = Relay::Server;
 
 class BookedConversation final : public Server::Conversation {
   public:

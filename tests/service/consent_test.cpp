@@ -17,7 +17,7 @@ using nlohmann::json;
 using namespace std::string_literals;
 
 /// A change of the consent as a test compares it.
-struct Seen {
+struct SeenChange {
     std::string application;
     std::int64_t user;
     std::int64_t time;
@@ -25,7 +25,7 @@ struct Seen {
     Permissions before;
     Permissions after;
 
-    bool operator==(const Seen&) const = default;
+    bool operator==(const SeenChange&) const = default;
 };
 
 class ConsentTest : public testing::Test {
@@ -65,8 +65,8 @@ class ConsentTest : public testing::Test {
         EXPECT_THAT(reply, testing::StartsWith(begin));
         return json::parse(reply.substr(begin.size()));
     }
-    std::vector<Seen> history() {
-        std::vector<Seen> changes;
+    std::vector<SeenChange> history() {
+        std::vector<SeenChange> changes;
         StoreReader(file_).forEachConsentChange([&changes](const ConsentChange& change) {
             changes.push_back({std::string(change.application), change.peerUser, change.received,
                                std::string(change.source), change.before, change.after});
@@ -148,9 +148,9 @@ TEST_F(ConsentTest, HistorySaysWhoChangedWhatAndWhen) {
     const Permissions second{
         .marketing = "Rejected", .support = "Accepted", .productEnhancement = "Rejected"};
     const std::int64_t begin = 1'700'000'000'123;
-    EXPECT_EQ(history(),
-              (std::vector<Seen>{{"MyApp", 1001, begin, "application", {}, first},
-                                 {"Other", 1002, begin + 5000, "application", first, second}}));
+    EXPECT_EQ(history(), (std::vector<SeenChange>{
+                             {"MyApp", 1001, begin, "application", {}, first},
+                             {"Other", 1002, begin + 5000, "application", first, second}}));
 }
 
 TEST_F(ConsentTest, SettingTheSameOnceMoreIsAChangeToo) {

@@ -20,16 +20,16 @@ using namespace std::string_literals;
 constexpr const char* kTime = "20240131T235959";
 
 /// An event as a test compares it.
-struct Seen {
+struct SeenEvent {
     std::string className;
     std::string error;
     std::string path;
     std::string content;
 
-    bool operator==(const Seen&) const = default;
+    bool operator==(const SeenEvent&) const = default;
 };
 
-std::ostream& operator<<(std::ostream& out, const Seen& seen) {
+std::ostream& operator<<(std::ostream& out, const SeenEvent& seen) {
     return out << seen.className << " | " << seen.error << " | " << seen.path << " | "
                << seen.content;
 }
@@ -87,8 +87,8 @@ class ConversationTest : public testing::Test {
         return refused("::COLLECT_DATACLASS::", names);
     }
 
-    std::vector<Seen> stored() {
-        std::vector<Seen> events;
+    std::vector<SeenEvent> stored() {
+        std::vector<SeenEvent> events;
         StoreReader(file_).forEachEvent({}, [&events](const EventRow& row) {
             events.push_back({std::string(row.className.value_or("(none)")), std::string(row.error),
                               std::string(row.path), std::string(row.content)});
@@ -301,7 +301,7 @@ TEST_F(ConversationTest, StoresGoodEventsCharacterForCharacter) {
               "MyApp::SUCCESS::");
     const auto events = stored();
     ASSERT_EQ(events.size(), 2U);
-    EXPECT_EQ(events[0], (Seen{"Evt", "", "", values}));
+    EXPECT_EQ(events[0], (SeenEvent{"Evt", "", "", values}));
     EXPECT_EQ(events[1].content, R"({"count":-1,"DT":"20240131T235959","V":"1.0"})");
 }
 
@@ -341,7 +341,7 @@ TEST_F(ConversationTest, KeepsTheGoodEventsOfABatchWithBadOnes) {
                             "DateTimeFieldIsRequired"}));
     EXPECT_EQ(
         stored(),
-        (std::vector<Seen>{
+        (std::vector<SeenEvent>{
             {"Evt", "DataclassNotFollowRegisteredFormat", "$.events[0].data[0].Evt.count", bad},
             {"Evt", "", "", R"({"count":1,"DT":"20240131T235959","V":"1.0"})"},
             {"Other", "UnregisteredDataclass", "$.events[0].data[2].Other", unknown},
@@ -355,7 +355,8 @@ TEST_F(ConversationTest, RefusesEventsThatAreNotOneClassWithItsValues) {
           R"({"Evt":{},"Other":{}})", R"({"Evt":{},"Evt":5})"}) {
         EXPECT_EQ(collect(batch(bad)), refusedBatch({"MalformedJson"})) << bad;
         const auto events = stored();
-        EXPECT_EQ(events.back(), (Seen{"(none)", "MalformedJson", "$.events[0].data[0]", bad}));
+        EXPECT_EQ(events.back(),
+                  (SeenEvent{"(none)", "MalformedJson", "$.events[0].data[0]", bad}));
     }
 }
 
@@ -370,7 +371,7 @@ TEST_F(ConversationTest, StoresEventsOfEveryShapeCharacterForCharacter) {
                                              "{" + begin + ",\"\u4E2D\\u0000\":-1.5e3\n}",
                                              R"({"x":{"}":"{"}, )" + begin + " }"};
     std::string data;
-    std::vector<Seen> expected;
+    std::vector<SeenEvent> expected;
     for (const std::string& value : values) {
         data += (data.empty() ? "" : " ,") + R"({ "Evt" :)"s + value + "}";
         expected.push_back({"Evt", "", "", value});
@@ -399,7 +400,7 @@ TEST_F(ConversationTest, LastOfTwoEqualMembersIsTheOneThatIsReadAndStored) {
     EXPECT_EQ(collect(R"({"events":5,"events":[{"data":5,"appsession":7,"data":[)" + data +
                       R"(],"appsession":)" + identity().dump() + "}]}"),
               "MyApp::SUCCESS::");
-    EXPECT_EQ(stored(), (std::vector<Seen>{{"Evt", "", "", last}}));
+    EXPECT_EQ(stored(), (std::vector<SeenEvent>{{"Evt", "", "", last}}));
 }
 
 TEST_F(ConversationTest, EventNeedsATime) {
