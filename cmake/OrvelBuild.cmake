@@ -34,6 +34,20 @@ function(orvel_compile_together target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${ORVEL_COMPILE_TOGETHER})
 endfunction()
 
+# orvel_compile_rooms_together(TARGET [FILE...]) does the same for sources that also go into an archive
+# of which tests take some: those of a folder make a group, but for files that tests replace.
+function(orvel_compile_rooms_together target)
+  orvel_compile_together(${target})
+  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
+  get_target_property(sources ${target} SOURCES)
+  list(REMOVE_ITEM sources ${ARGN})
+  foreach(source IN LISTS sources)
+    cmake_path(GET source PARENT_PATH room)
+    string(MAKE_C_IDENTIFIER ${room} room)
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${room})
+  endforeach()
+endfunction()
+
 # Warnings for code of the project, never for what it includes.
 function(orvel_warnings target)
   if(ORVEL_SANITIZE)

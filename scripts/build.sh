@@ -2,8 +2,9 @@
 # Building, testing and checking the code. Sourced by dev.
 
 # What ccache needs to be told for sources with precompiled headers (its manual, "Precompiled
-# headers").
-export CCACHE_SLOPPINESS=pch_defines,time_macros
+# headers"); and that the compiler names what a file includes, so that nothing is preprocessed a
+# second time to find that out.
+export CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_DEPEND=true
 
 # The programs whose tests run on several threads, for ThreadSanitizer.
 threadedTests=(concurrency_tests relay-server-test testing_threads_tests)
@@ -78,11 +79,12 @@ lintCode() {
     say "shellcheck"
     shellcheck --external-sources dev .ci/run scripts/windows/{run_program,enter_arm64}.sh \
         tests/packaging/{,abi/}*.sh packaging/completion/orvel.bash packaging/debian/service/p* \
-        scripts/pages/steps.sh tests/docs/*.sh || failed=1
+        scripts/pages/steps.sh tests/{docs,typed_events}/*.sh || failed=1
     say "clang-tidy"
-    buildPreset release
-    jq -r '.[].file' build/release/compile_commands.json | sort -u |
-        xargs -P "$(nproc)" -n 1 clang-tidy -p build/release --quiet \
+    # Where every file is compiled on its own, as clang-tidy takes them.
+    buildPreset debug
+    jq -r '.[].file' build/debug/compile_commands.json | sort -u |
+        xargs -P "$(nproc)" -n 1 clang-tidy -p build/debug --quiet \
             --extra-arg=-Wno-unknown-warning-option || failed=1
     [ "$failed" -eq 0 ] || fail "the checks above found something"
 }

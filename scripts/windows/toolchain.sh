@@ -103,7 +103,7 @@ makeFrontEnd() {
         tool=$ORVEL_WINDOWS_TOOLCHAIN/bin/$target-${pair%:*}
         cat >"$tool" <<WRAPPER
 #!/bin/sh
-folder=\$(dirname "\$(dirname "\$(readlink -f "\$0")")")
+folder='$ORVEL_WINDOWS_TOOLCHAIN'
 exec $llvmPrograms/${pair%:*} --start-no-unused-arguments --target=$target --sysroot="\$folder" \\
     -resource-dir="\$folder/lib/clang/$llvmVersion" -rtlib=compiler-rt -unwindlib=libunwind \\
     -stdlib=libc++ -fuse-ld=lld --end-no-unused-arguments "\$@"
@@ -187,7 +187,7 @@ cmakeInstall() {
     local name=$1 source=$2 prefix=$3
     shift 3
     {
-        cmake -G Ninja -S "$source" -B "$name" -DCMAKE_BUILD_TYPE=Release \
+        cmake -G Ninja -S "$source" -B "$name" -DCMAKE_BUILD_TYPE=MinSizeRel \
             -DCMAKE_INSTALL_PREFIX="$prefix" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
             -DCMAKE_C_COMPILER_LAUNCHER=ccache "$@" &&
             cmake --build "$name" &&
@@ -232,8 +232,9 @@ makeCxxRuntime() {
 makeTargetLibraries() {
     local target=$1
     local options=("-DCMAKE_TOOLCHAIN_FILE=$ORVEL_WINDOWS_TOOLCHAIN/$target.cmake")
+    # Not optimised, as the tests are not.
     cmakeInstall "googletest-$target" /usr/src/googletest "$ORVEL_WINDOWS_TOOLCHAIN/$target" \
-        "${options[@]}"
+        "${options[@]}" -DCMAKE_BUILD_TYPE=
     cmakeInstall "fmt-$target" fmt "$ORVEL_WINDOWS_TOOLCHAIN/$target" "${options[@]}" \
         -DFMT_DOC=OFF -DFMT_TEST=OFF
 }

@@ -1,4 +1,5 @@
-/// One line of code, which the compiler is to refuse, after code that it is to take.
+/// Code that the compiler is to take and, where ORVEL_REFUSED is defined, code that it is to refuse:
+/// every line there says, as a regular expression, what the compiler's message has.
 
 #include <cstdint>
 #include <string>
@@ -14,5 +15,17 @@ void build() {
     const char array[] = "not a literal";
     event.setText(std::string_view(array));
     event.setCount(std::int16_t{1});
-    ORVEL_LINE;
+#ifdef ORVEL_REFUSED
+    // clang-format off
+    event.setOtherText("sixsix");              // Refused: thisLiteralIsLongerThanItsFieldAllows
+    event.setOtherText("\"hi\"x");             // Refused: thisLiteralIsLongerThanItsFieldAllows
+    event.setOtherText(ORVEL_TEXT("sixsix"));  // Refused: thisLiteralIsLongerThanItsFieldAllows
+    event.setOtherText("\xff");                // Refused: thisLiteralIsNotWellFormed
+    event.setCount(std::int64_t{1});           // Refused: delete
+    event.setCount(1.5);                       // Refused: delete
+    event.setCount(true);                      // Refused: delete
+    event.setOtherText(nullptr);               // Refused: nullptr|no matching|no viable|could not convert
+    EveryTypeEvent other({.text = "x", .flag = true});  // Refused: no matching|count
+    // clang-format on
+#endif
 }

@@ -8,7 +8,6 @@
 
 #include "events/device_identity.h"
 #include "orvel/analytics/hresult_error.h"
-#include "orvel/analytics/session.h"
 #include "support/raised_status.h"
 #include "support/session_access.h"
 #include "windows/runtime_fixture.h"
@@ -17,10 +16,9 @@ namespace {
 
 using Orvel::WideString;
 using Orvel::Analytics::Events::collectDeviceIdentity;
+using Orvel::TestSupport::construct;
 using Orvel::TestSupport::OnStandIn;
 using Orvel::TestSupport::raisedStatus;
-
-void construct() { AnalyticsSession(ORVEL_TEXT("MyApp"), ORVEL_TEXT("1"), {}, {}); }
 
 class Device : public OnStandIn {
   protected:

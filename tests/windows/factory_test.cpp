@@ -20,6 +20,7 @@ using Orvel::Analytics::Json::Document;
 using Orvel::Analytics::Json::releaseFactories;
 using Orvel::StandIn::Factory;
 using Orvel::TestSupport::kRuntimeClasses;
+using Orvel::TestSupport::makeObject;
 using Orvel::TestSupport::OnStandIn;
 using Orvel::TestSupport::raisedStatus;
 using testing::Each;
@@ -31,11 +32,6 @@ constexpr std::uint32_t kNotInitialised = 0x800401F0;
 MATCHER_P2(IsFactory, calls, references, "") {
     return arg.calls == static_cast<std::uint32_t>(calls) &&
            arg.references == static_cast<std::uint32_t>(references);
-}
-
-void makeObject() {
-    Document document;
-    static_cast<void>(document.newObject());
 }
 
 void makeArray() {

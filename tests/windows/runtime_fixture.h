@@ -6,13 +6,24 @@
 
 #include <array>
 
+#include "json/json.h"
 #include "json/windows/factory.h"
+#include "orvel/analytics/session.h"
 #include "support/stand_in_runtime/stand_in.h"
 
 namespace Orvel::TestSupport {
 
 inline constexpr std::array kRuntimeClasses = {"AnalyticsInfo", "EasClientDeviceInformation",
                                                "JsonArray", "JsonObject", "JsonValue"};
+
+/// Asks for the class of JSON objects.
+inline void makeObject() {
+    Analytics::Json::Document document;
+    static_cast<void>(document.newObject());
+}
+
+/// Asks for the classes that a session begins with.
+inline void construct() { AnalyticsSession(ORVEL_TEXT("MyApp"), ORVEL_TEXT("1"), {}, {}); }
 
 /// A test of the library on the stand-in runtime, in a process that has an apartment. It begins
 /// with empty slots; at its end nothing that the runtime gave may be left.

@@ -7,14 +7,14 @@
 #include "events/device_info.h"
 #include "json/json.h"
 #include "orvel/analytics/hresult_error.h"
-#include "orvel/analytics/session.h"
 #include "support/raised_status.h"
 #include "support/stand_in_runtime/class_names.h"
 #include "windows/runtime_fixture.h"
 
 namespace {
 
-using Orvel::Analytics::Json::Document;
+using Orvel::TestSupport::construct;
+using Orvel::TestSupport::makeObject;
 using Orvel::TestSupport::OnStandIn;
 using Orvel::TestSupport::raisedStatus;
 
@@ -43,14 +43,7 @@ class EmptyRegistry {
     HKEY key_ = nullptr;
 };
 
-void makeObject() {
-    Document document;
-    static_cast<void>(document.newObject());
-}
-
 void readVersion() { static_cast<void>(Orvel::Analytics::Events::deviceFamilyVersion()); }
-
-void construct() { AnalyticsSession(ORVEL_TEXT("MyApp"), ORVEL_TEXT("1"), {}, {}); }
 
 class UnregisteredClass : public OnStandIn {};
 
