@@ -183,6 +183,8 @@ makeWindowsLibraries() {
 }
 
 # cmakeInstall NAME SOURCE PREFIX [OPTION...]
+#
+# Optimised for size, which takes the compiler less time than for speed.
 cmakeInstall() {
     local name=$1 source=$2 prefix=$3
     shift 3

@@ -49,6 +49,19 @@ TEST(JsonTest, ReadsAsManyLevelsAsItSays) {
     EXPECT_FALSE(isObject(std::string(1'000'000, '[')));
 }
 
+TEST(JsonTest, CountsLevelsAmongManyValues) {
+    std::string numbers = "0";
+    for (int count = 0; count < 5000; ++count) {
+        numbers += ",0";
+    }
+    const auto wideAndDeep = [&numbers](std::size_t levels) {
+        const std::string deep = std::string(levels - 2, '[') + std::string(levels - 2, ']');
+        return R"({"wide":[)" + numbers + R"(],"both":[)" + numbers + "," + deep + "]}";
+    };
+    EXPECT_TRUE(isObject(wideAndDeep(kDeepestJson)));
+    EXPECT_FALSE(isObject(wideAndDeep(kDeepestJson + 1)));
+}
+
 TEST(JsonTest, BracketsInStringsAreNoLevels) {
     EXPECT_TRUE(
         isObject(R"({"a":")" + std::string(5000, '[') + R"(\")" + std::string(5000, '{') + "\"}"));
@@ -92,6 +105,25 @@ TEST(JsonTest, CompactLengthIsThatOfTheRewrittenText) {
     EXPECT_EQ(compactLength("{ }"), 2U);
     EXPECT_EQ(compactLength(R"({ "a" : 1 , "b" : [ ] })"), 14U);
     EXPECT_EQ(compactLength(R"({"a":12345,"\u0061":1})"), 7U);
+}
+
+TEST(JsonTest, CompactLengthCountsEveryCharacterWhereverItStands) {
+    struct Written {
+        std::string text;
+        std::size_t units;
+    };
+    const std::vector<Written> characters = {
+        {"a", 1},     {"~", 1},         {"\u007F", 1}, {R"(\")", 2},  {R"(\\)", 2},
+        {R"(\n)", 2}, {R"(\u0001)", 6}, {"\u00E9", 1}, {"\u4E2D", 1}, {"\U0001F600", 2}};
+    for (const Written& character : characters) {
+        for (std::size_t length = 0; length < 40; ++length) {
+            for (std::size_t before = 0; before <= length; ++before) {
+                const std::string value = '"' + std::string(before, 'x') + character.text +
+                                          std::string(length - before, 'y') + '"';
+                ASSERT_EQ(compactLength(value), length + character.units + 2) << value;
+            }
+        }
+    }
 }
 
 TEST(JsonTest, CursorFindsTheVeryCharactersOfElements) {

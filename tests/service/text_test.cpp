@@ -16,11 +16,12 @@ TEST(TextTest, ConvertsEveryLengthOfUtf8) {
 }
 
 TEST(TextTest, ConvertsEveryCharacterWhereverItStands) {
-    for (std::size_t before = 0; before < 100; ++before) {
+    constexpr std::size_t kLength = 300;
+    for (std::size_t before = 0; before < kLength; ++before) {
         const std::string ascii(before, 'a');
         const WideString wideAscii(before, u'a');
-        const std::string after(100 - before, 'z');
-        const WideString wideAfter(100 - before, u'z');
+        const std::string after(kLength - before, 'z');
+        const WideString wideAfter(kLength - before, u'z');
         EXPECT_EQ(toUtf8(wideAscii + u"\u0080\u4E2D\U0001F600" + wideAfter),
                   ascii + "\u0080\u4E2D\U0001F600" + after);
         EXPECT_EQ(toUtf8(wideAscii + WideString{0xD800} + wideAfter), std::nullopt);
