@@ -73,7 +73,7 @@ class Draft {
 std::filesystem::path makeFolder(const std::string& name) {
     std::error_code failure;
     try {
-        const std::filesystem::path path = toPath(name);
+        std::filesystem::path path = toPath(name);
         std::filesystem::create_directories(path, failure);
         if (!failure && std::filesystem::is_directory(path, failure)) {
             return path;

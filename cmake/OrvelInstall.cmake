@@ -28,6 +28,13 @@ if(TARGET orvel-analytics-testing)
   orvel_install_library(orvel-analytics-testing testing)
   install(DIRECTORY testing/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
+# All that is built to be installed, for who builds no more than that.
+add_custom_target(orvel-installed)
+foreach(target orvel-analytics orvel-rpc-client orvel-analytics-testing orvel-tool orvel-analyticsd)
+  if(TARGET ${target})
+    add_dependencies(orvel-installed ${target})
+  endif()
+endforeach()
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(
   DIRECTORY relay/include/

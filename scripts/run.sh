@@ -31,7 +31,7 @@ runDemo() {
     flock -n 9 || fail "another ./dev run is under way here"
     requirePackages "${buildPackages[@]}"
     say "Building"
-    buildPreset release orvel-analyticsd orvel-tool package_history
+    buildPreset release orvel-installed package_history
     trap stopService EXIT
     startService
     if [ -n "$events" ]; then

@@ -23,6 +23,9 @@ void refuseOthers(const std::filesystem::path& folder) {
     if (::stat(folder.c_str(), &found) != 0) {
         throwSystemError("cannot look at the data folder " + folder.string());
     }
+    if (!S_ISDIR(found.st_mode)) {
+        throw std::runtime_error(folder.string() + " is no folder");
+    }
     if (found.st_uid != ::geteuid()) {
         throw std::runtime_error("the data folder " + folder.string() +
                                  " belongs to another user than the one who runs the service");

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 #include <variant>
 
 #include "service/command_line.h"
@@ -38,7 +39,13 @@ void print(std::string_view text) {
 
 StoreReader openReader(const CommandLine& line) {
     const auto file = databaseFile(dataFolderOf(line));
-    if (!std::filesystem::exists(file)) {
+    std::error_code failure;
+    const bool isThere = std::filesystem::exists(file, failure);
+    if (failure) {
+        throw std::system_error(failure,
+                                "cannot look into the data folder " + file.parent_path().string());
+    }
+    if (!isThere) {
         throw std::runtime_error(
             fmt::format("there is no data in {}: has the service run with this folder?",
                         file.parent_path().string()));

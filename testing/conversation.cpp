@@ -86,7 +86,7 @@ class ServiceClient final : public Relay::Client::Core::RpcClient {
         if (!isOpen_) {
             return Relay::Status::kConnectionLost;
         }
-        Outcome outcome = answer(std::move(command));
+        Outcome outcome = answer(command);
         wait(outcome.wait);
         isOpen_ = outcome.status == 0;
         if (outcome.reply) {
@@ -107,7 +107,7 @@ class ServiceClient final : public Relay::Client::Core::RpcClient {
         return outcomeOf(state_->script.take(Step::Connect), Step::Connect);
     }
 
-    Outcome answer(WideString command) {
+    Outcome answer(const WideString& command) {
         const std::lock_guard lock(state_->mutex);
         const auto request = readCommand(command, application_);
         if (!request) {

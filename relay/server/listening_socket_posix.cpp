@@ -46,8 +46,16 @@ Descriptor newSocket() {
 
 // A service of the machine is for all its users, one that a user runs for that user.
 void makeFolder(const fs::path& folder) {
-    if (folder.empty() || fs::is_directory(folder)) {
+    if (folder.empty()) {
         return;
+    }
+    std::error_code failure;
+    const fs::file_type found = fs::status(folder, failure).type();
+    if (found == fs::file_type::directory) {
+        return;
+    }
+    if (failure && found != fs::file_type::not_found) {
+        fail(failure.value(), "cannot look at the folder " + folder.native());
     }
     if (folder.has_parent_path()) {
         makeFolder(folder.parent_path());

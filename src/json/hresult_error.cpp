@@ -18,8 +18,9 @@ std::string withStatus(const std::string& message, std::int32_t code) {
 
 }  // namespace
 
+// The message is kept as an error that copies without throwing; nobody throws it.
 hresult_error::hresult_error(std::int32_t code, const std::string& message)
-    : code_(code), message_(withStatus(message, code)) {}
+    : code_(code), message_(withStatus(message, code)) {}  // NOLINT(bugprone-throw-keyword-missing)
 
 hresult_error::~hresult_error() = default;
 

@@ -161,6 +161,21 @@ TEST(ServerSocket, AFolderThatCannotBeMadeIsReported) {
     EXPECT_EQ(errorOfServerAt(folder.path() / "file" / "a.sock"), ENOTDIR);
 }
 
+TEST(ServerSocket, AFolderThatCannotBeLookedAtIsReported) {
+    const TemporaryFolder folder;
+    const fs::path loop = folder.path() / "loop";
+    fs::create_symlink(loop, loop);
+    try {
+        const Server::Server server(loop / "a.sock", always(echo));
+        FAIL() << "a link to itself leads to a folder";
+    } catch (const std::system_error& error) {
+        EXPECT_EQ(error.code().value(), ELOOP);
+        EXPECT_NE(std::string(error.what()).find("cannot look at the folder " + loop.string()),
+                  std::string::npos)
+            << error.what();
+    }
+}
+
 TEST(ServerSocket, OfManyServersThatStartAtOnceExactlyOneWins) {
     constexpr int kServers = 8;
     for (int round = 0; round < 20; ++round) {

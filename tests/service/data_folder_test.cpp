@@ -60,6 +60,21 @@ TEST(DataFolderTest, SaysWhatCannotBeMade) {
     }
 }
 
+TEST(DataFolderTest, AFileInItsPlaceIsNoFolderWhateverItsMode) {
+    const Support::TemporaryFolder folder;
+    const auto file = folder.path() / "events.jsonl";
+    std::ofstream(file) << "{}";
+    for (const perms mode : {perms::owner_read, perms::owner_read | perms::others_read}) {
+        std::filesystem::permissions(file, mode);
+        try {
+            const DataFolder data(file);
+            FAIL() << "a file was taken for a folder";
+        } catch (const std::runtime_error& error) {
+            EXPECT_EQ(error.what(), file.string() + " is no folder");
+        }
+    }
+}
+
 TEST(DataFolderTest, ThatOthersMayLookIntoIsRefused) {
     const Support::TemporaryFolder folder;
     for (const perms mode : {perms::group_read, perms::others_write, perms::others_exec}) {

@@ -214,6 +214,12 @@ TEST_F(ProcessTest, WrongUsageIsToldFromFailure) {
     const auto missing = service_.run({"events"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_THAT(missing.error, HasSubstr("there is no data in"));
+    const std::string longName(300, 'x');
+    const auto unreadable =
+        Support::runProgram(ORVEL_ANALYTICSD, {"events", "--data", "/tmp/" + longName});
+    EXPECT_EQ(unreadable.status, 1);
+    EXPECT_EQ(unreadable.error, "orvel-analyticsd: cannot look into the data folder /tmp/" +
+                                    longName + ": File name too long\n");
 }
 
 TEST_F(ProcessTest, AnUnknownCommandOrOptionIsNamed) {

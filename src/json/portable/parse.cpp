@@ -38,7 +38,8 @@ bool isWithinDoubleRange(std::string_view number) {
 /// @param findEarlier gives the member before a given one that has the same name, or null.
 template <typename FindEarlier>
 void mergeEqualNames(Node& object, FindEarlier findEarlier) {
-    Node* before = nullptr;
+    // The first member has none before it to merge with.
+    Node* before = object.content.children.first;
     for (Node* member = object.content.children.first; member != nullptr; member = member->next) {
         if (Node* const first = findEarlier(member)) {
             first->become(*member);
