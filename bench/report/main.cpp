@@ -27,7 +27,7 @@ struct Arguments {
 
 json readJson(const std::string& file) {
     std::ifstream stream(file);
-    const json read = stream ? json::parse(stream, nullptr, false) : json(json::value_t::discarded);
+    json read = stream ? json::parse(stream, nullptr, false) : json(json::value_t::discarded);
     if (read.is_discarded()) {
         throw std::runtime_error(file + " cannot be read, or is no JSON");
     }
@@ -77,9 +77,7 @@ int report(const Arguments& arguments) {
     return good ? 0 : 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     CLI::App app("Makes one table of what the benchmarks measured.");
     Arguments arguments;
     app.add_option("results", arguments.results, "Results, as the benchmarks' programs write them");
@@ -87,15 +85,21 @@ int main(int argc, char** argv) {
     app.add_option("--compare", arguments.compared, "Compare two such files instead")->expected(2);
     app.add_flag("--check", arguments.check, "Fail when a target is missed, and name it");
     CLI11_PARSE(app, argc, argv);
+    if (!arguments.compared.empty()) {
+        fmt::print("{}",
+                   comparisonOf(readRows(arguments.compared[0]), readRows(arguments.compared[1])));
+        return 0;
+    }
+    return report(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
     try {
-        if (!arguments.compared.empty()) {
-            fmt::print("{}", comparisonOf(readRows(arguments.compared[0]),
-                                          readRows(arguments.compared[1])));
-            return 0;
-        }
-        return report(arguments);
+        return run(argc, argv);
     } catch (const std::exception& error) {
-        fmt::print(stderr, "orvel-bench-report: {}\n", error.what());
+        std::fprintf(stderr, "orvel-bench-report: %s\n", error.what());
         return 2;
     }
 }

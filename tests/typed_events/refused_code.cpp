@@ -1,5 +1,5 @@
-/// Code that the compiler is to take and, where ORVEL_REFUSED is defined, code that it is to refuse:
-/// every line there says, as a regular expression, what the compiler's message has.
+/// Code that the compiler is to take and, where ORVEL_REFUSED is defined, code that it is to
+/// refuse: every line there says, as a regular expression, what the compiler's message has.
 
 #include <cstdint>
 #include <string>
