@@ -11,7 +11,6 @@ namespace {
 using Orvel::WideString;
 using Orvel::WideStringView;
 using Orvel::Analytics::Events::generateGuidString;
-using Orvel::Analytics::Events::Guid;
 using Orvel::Analytics::Events::isBracedGuid;
 
 TEST(GenerateGuidString, HasItsForm) {

@@ -220,7 +220,7 @@ std::uint64_t mostMemory() {
 }
 
 TEST_F(ImpatientServiceTest, ClientsThatAnnounceAGibibyteTakeNoMemoryForWhatTheyDoNotSend) {
-    constexpr std::uint64_t kMostGrowth = 256 * 1024;
+    constexpr std::uint64_t kMostGrowth = std::uint64_t{256} << 10;
     const std::uint64_t before = mostMemory();
     ASSERT_GT(before, 0U);
     for (int i = 0; i < 30; ++i) {

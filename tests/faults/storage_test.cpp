@@ -21,7 +21,6 @@ namespace {
 
 using Support::Fault;
 using Support::ServiceProcess;
-using testing::Contains;
 using testing::HasSubstr;
 using testing::StartsWith;
 

@@ -286,8 +286,6 @@ TEST(LibraryOnTheRelay, GivesTheResultsOfRefusalsAmongUsers) {
 
 namespace Orvel::Relay::Client::Native {
 
-// Whoever stands in for the client takes the name as it does.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::shared_ptr<Core::RpcClient> RpcClient::GetClientForEndpoint(WideString /*endpoint*/) {
     return makeClient();
 }

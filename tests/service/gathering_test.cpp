@@ -69,8 +69,8 @@ TEST(GatheringTest, DoesTogetherWhatComesWhileItIsAtWork) {
 }
 
 TEST(GatheringTest, DoesEveryPartOnceHoweverManyThreadsCome) {
-    constexpr int kThreads = 8;
-    constexpr int kParts = 1000;
+    constexpr std::size_t kThreads = 8;
+    constexpr std::size_t kParts = 1000;
     std::vector<int> timesDone(kThreads * kParts, 0);
     // Whoever is at work is alone, so that this needs no lock.
     std::size_t total = 0;
@@ -82,10 +82,10 @@ TEST(GatheringTest, DoesEveryPartOnceHoweverManyThreadsCome) {
     });
     {
         std::vector<std::jthread> threads;
-        for (int thread = 0; thread < kThreads; ++thread) {
+        for (std::size_t thread = 0; thread < kThreads; ++thread) {
             threads.emplace_back([&, thread] {
-                for (int part = 0; part < kParts; ++part) {
-                    int& own = timesDone[static_cast<std::size_t>(thread * kParts + part)];
+                for (std::size_t part = 0; part < kParts; ++part) {
+                    int& own = timesDone[thread * kParts + part];
                     gathering.run(own);
                     EXPECT_EQ(own, 1);
                 }

@@ -170,8 +170,9 @@ TEST_F(ProcessTest, AcknowledgedEventsSurviveAKill) {
     }
     start();
     const auto events = lines({"events", "--good"});
-    ASSERT_EQ(events.size(), std::size_t{kRounds * kBatches});
-    for (int i = 0; i < kRounds * kBatches; ++i) {
+    constexpr int kAll = kRounds * kBatches;
+    ASSERT_EQ(events.size(), std::size_t{kAll});
+    for (int i = 0; i < kAll; ++i) {
         EXPECT_EQ(events[static_cast<std::size_t>(i)]["values"]["count"], i);
     }
 }

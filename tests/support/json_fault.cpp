@@ -135,7 +135,7 @@ std::uint32_t Array::size() const {
 
 Value Array::getAt(std::uint32_t /*index*/) const {
     called(JsonOperation::GetAt);
-    return *this;
+    return static_cast<const Value&>(*this);
 }
 
 }  // namespace Orvel::Analytics::Json
